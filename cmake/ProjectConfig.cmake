@@ -27,8 +27,12 @@ target_compile_definitions(valtrona_config INTERFACE
     QT_NO_FOREACH
     QT_USE_QSTRINGBUILDER)
 
-if(VALTRONA_SANITIZE)
+# The fuzz build instruments the libraries too, so the sanitizers see them.
+if(VALTRONA_SANITIZE OR VALTRONA_FUZZ)
     target_compile_options(valtrona_config INTERFACE
         -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+    if(VALTRONA_FUZZ)
+        target_compile_options(valtrona_config INTERFACE -fsanitize=fuzzer-no-link)
+    endif()
     target_link_options(valtrona_config INTERFACE -fsanitize=address,undefined)
 endif()
