@@ -29,6 +29,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <optional>
 
 namespace valtrona {
@@ -84,6 +85,12 @@ public:
 private:
     QByteArray m_bytes;
 };
+
+/// Applies `edit` to the file's document (empty when the file is missing)
+/// under the file's lock, and writes the result atomically when `edit`
+/// returns true and the bytes changed. A file that exists but cannot be read
+/// is left alone. Returns true when the file holds the edited document.
+bool editIniFile(const QString &file, const std::function<bool(IniDocument &)> &edit);
 
 /// ReadIniInt: the value's leading decimal number (optional sign, clamped to
 /// the 32-bit range); `defaultValue` when the key is missing or its value
