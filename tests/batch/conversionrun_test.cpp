@@ -11,6 +11,7 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
+#include <QSize>
 #include <QTimeZone>
 
 #include <gtest/gtest.h>
@@ -362,7 +363,7 @@ TEST_F(ConversionRunTest, KeepDateGivesTheTargetTheSourceModificationTime)
 {
     const QString photo = source(u"photo.jpg"_s);
     const QString small = source(u"small.jpg"_s);
-    const QDateTime stamp(QDate(2003, 4, 5), QTime(6, 7, 8), QTimeZone::UTC);
+    const QDateTime stamp(QDate(2003, 4, 5), QTime(6, 7, 8), Qt::UTC);
     for (const QString &path : {photo, small}) {
         QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::ReadWrite));
@@ -482,6 +483,7 @@ TEST_F(ConversionRunTest, BrokenInputsFailWithoutCrashOrOutput)
     const QStringList sources {
         box.writeFile(u"src/empty.jpg"_s, QByteArray()),
         box.writeFile(u"src/header-only.jpg"_s, photoBytes.left(400)),
+        box.writeFile(u"src/truncated.jpg"_s, photoBytes.left(photoBytes.size() * 6 / 10)),
         box.writeFile(u"src/garbage.jpg"_s, QByteArray(5000, '\x5a')),
         source(u"notimage.jpg"_s),
         source(u"huge.png"_s),
@@ -491,7 +493,7 @@ TEST_F(ConversionRunTest, BrokenInputsFailWithoutCrashOrOutput)
 
     const RunSummary summary = run(parameters(sources));
 
-    EXPECT_EQ(summary.failed, 6);
+    EXPECT_EQ(summary.failed, 7);
     EXPECT_EQ(summary.written, 1);
     EXPECT_EQ(host.rowLines().last(), u"INF\tBearbeitung abgeschlossen"_s);
     EXPECT_EQ(allFiles(box.filePath(u"out"_s)), QStringList {u"fine.jpg"_s});
