@@ -1,0 +1,139 @@
+// valtrona-cli: the batch conversion of the window program, driven from the
+// command line. Rows on standard output, messages on standard error.
+
+#include "batch/conversionimaging.h"
+#include "batch/conversionrun.h"
+#include "batch/runsettings.h"
+#include "cli/clihost.h"
+#include "cli/clijob.h"
+#include "cli/clioptions.h"
+#include "core/appinfo.h"
+#include "core/settings.h"
+#include "imaging/imaging.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QStringBuilder>
+#include <QThread>
+
+#include <algorithm>
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+using namespace valtrona;
+
+namespace {
+
+// Exit codes: 0 no "ERR" row, 1 at least one, 2 nothing was converted.
+constexpr int exitOk = 0;
+constexpr int exitErrorRows = 1;
+constexpr int exitUsage = 2;
+constexpr int exitInterrupted = 130;
+
+std::atomic_int interrupts {0};
+
+// The first Ctrl-C asks the run to stop after the file at hand; the second
+// ends the process at once. Every file is written under a temporary name
+// and renamed into place, so nothing half-written stays behind.
+void onInterrupt(int)
+{
+    if (interrupts.fetch_add(1) >= 1)
+        _exit(exitInterrupted);
+}
+
+void installInterruptHandler()
+{
+    struct sigaction action {};
+    action.sa_handler = onInterrupt;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGINT, &action, nullptr);
+}
+
+void printError(const QString &text)
+{
+    const QByteArray bytes = (text + u'\n').toUtf8();
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
+}
+
+void printOut(const QString &text)
+{
+    const QByteArray bytes = text.toUtf8();
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(u"valtrona-cli"_s);
+    QCoreApplication::setApplicationVersion(programVersion());
+
+    const auto parsed = cli::parseArguments(QCoreApplication::arguments().mid(1));
+    if (!parsed) {
+        printError(u"valtrona-cli: "_s % parsed.error());
+        printError(u"Hilfe mit: valtrona-cli --help"_s);
+        return exitUsage;
+    }
+    const cli::CliOptions &options = *parsed;
+    if (options.help) {
+        printOut(cli::helpText());
+        return exitOk;
+    }
+    if (options.version) {
+        printOut(u"valtrona-cli "_s % programVersion() % u'\n');
+        return exitOk;
+    }
+
+    // The window's settings file, read only: the command line never writes it.
+    const QString settingsFile = options.settingsFile
+        ? QDir::current().absoluteFilePath(*options.settingsFile)
+        : settingsFilePath(u"ini"_s, QString(), u"valtrona"_s);
+    setSettingsPath(settingsFile);
+    const LastParameters last = readSeededLastParameters(settingsFile);
+
+    QFile standardInput;
+    standardInput.open(stdin, QIODevice::ReadOnly);
+    const auto sources = cli::collectSources(options.sources, &standardInput);
+    if (!sources) {
+        printError(sources.error());
+        return exitUsage;
+    }
+    const auto job = cli::resolveJob(options, last, *sources);
+    if (!job) {
+        printError(job.error());
+        return exitUsage;
+    }
+
+    const int cores = std::max(1, QThread::idealThreadCount());
+    const int jobs = options.jobs.value_or(cores);
+    // Several files at once share the cores; one file gets them all.
+    imaging::setConcurrency(jobs > 1 ? std::max(1, cores / jobs) : 0);
+
+    cli::Terminal terminal(stdout, stderr, isatty(STDERR_FILENO) == 1);
+    imaging::setReporter([&terminal](const QString &title, const QString &text) {
+        terminal.writeMessage(title % u": "_s % text);
+    });
+    if (!imaging::start()) {
+        printError(u"GDI konnte nicht initialisiert werden !"_s);
+        return exitUsage;
+    }
+    installInterruptHandler();
+
+    cli::CliHost host(terminal, job->inputs, job->deleteSources, interrupts);
+    LibraryImaging imagingLayer;
+    ConversionRun run(host, imagingLayer,
+                      [settingsFile] { return readSeededDrawingSettings(settingsFile); });
+    run.setJobs(jobs);
+    run.run(job->parameters);
+
+    imaging::stop();
+    imaging::setReporter({});
+    return host.errorWritten() ? exitErrorRows : exitOk;
+}

@@ -1,0 +1,222 @@
+#include "cli/clijob.h"
+#include "cli/clioptions.h"
+
+#include "support/testsupport.h"
+
+#include <QBuffer>
+#include <QDir>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+using namespace valtrona;
+using namespace valtrona::cli;
+using Kind = valtrona::cli::SourceArgument::Kind;
+
+namespace {
+
+TEST(ParseArguments, EveryOptionInBothSpellings)
+{
+    const auto parsed = parseArguments(
+        {u"--style"_s, u"2"_s, u"--width=800"_s, u"--height"_s, u"600"_s, u"--width-unit"_s, u"%"_s,
+         u"--height-unit=px"_s, u"--format"_s, u"PNG"_s, u"--out"_s, u"o"_s, u"--keep-dirs"_s,
+         u"--search"_s, u"IMG"_s, u"--replace="_s, u"--keep-date"_s, u"--exif"_s, u"--delete-sources"_s,
+         u"--settings"_s, u"s.ini"_s, u"--jobs"_s, u"3"_s, u"a.jpg"_s, u"-"_s, u"--dir"_s, u"d"_s,
+         u"--"_s, u"--odd.jpg"_s, u"-"_s});
+    ASSERT_TRUE(parsed.has_value()) << parsed.error().toStdString();
+    const CliOptions &o = *parsed;
+    EXPECT_EQ(o.style, 2);
+    EXPECT_EQ(o.width, u"800"_s);
+    EXPECT_EQ(o.height, u"600"_s);
+    EXPECT_EQ(o.widthUnit, 1);
+    EXPECT_EQ(o.heightUnit, 0);
+    EXPECT_EQ(o.formatCode, u"P"_s);
+    EXPECT_EQ(o.outDir, u"o"_s);
+    EXPECT_EQ(o.search, u"IMG"_s);
+    EXPECT_EQ(o.replace, QString()); // given, but empty
+    EXPECT_TRUE(o.replace.has_value());
+    EXPECT_TRUE(o.keepDirs && o.keepDate && o.exif && o.deleteSources);
+    EXPECT_EQ(o.settingsFile, u"s.ini"_s);
+    EXPECT_EQ(o.jobs, 3);
+    const QList<SourceArgument> sources {{Kind::File, u"a.jpg"_s}, {Kind::StandardIn, {}},
+                                         {Kind::Directory, u"d"_s}, {Kind::File, u"--odd.jpg"_s},
+                                         {Kind::File, u"-"_s}};
+    EXPECT_EQ(o.sources, sources);
+}
+
+TEST(ParseArguments, LeftOutOptionsStayOpen)
+{
+    const auto parsed = parseArguments({u"x.jpg"_s});
+    ASSERT_TRUE(parsed.has_value());
+    EXPECT_FALSE(parsed->style || parsed->width || parsed->height || parsed->widthUnit
+                 || parsed->heightUnit || parsed->formatCode || parsed->outDir || parsed->search
+                 || parsed->replace || parsed->jobs || parsed->settingsFile);
+    EXPECT_FALSE(parsed->keepDirs || parsed->keepDate || parsed->exif || parsed->deleteSources);
+}
+
+TEST(ParseArguments, RefusesWhatItCannotUse)
+{
+    const QList<QStringList> refused {
+        {u"--bogus"_s},
+        {u"-x"_s},
+        {u"--width"_s},
+        {u"--width-unit"_s, u"cm"_s},
+        {u"--height-unit="_s},
+        {u"--format"_s, u"gif"_s},
+        {u"--jobs"_s, u"0"_s},
+        {u"--jobs"_s, u"viele"_s},
+        {u"--style"_s, u"zwei"_s},
+        {u"--exif=1"_s},
+    };
+    for (const QStringList &arguments : refused) {
+        const auto parsed = parseArguments(arguments);
+        EXPECT_FALSE(parsed.has_value()) << arguments.join(u' ').toStdString();
+        if (!parsed.has_value()) {
+            EXPECT_FALSE(parsed.error().isEmpty());
+        }
+    }
+}
+
+TEST(HelpText, NamesEveryOptionInGerman)
+{
+    const QString help = helpText();
+    EXPECT_TRUE(help.startsWith(u"Aufruf: valtrona-cli"_s));
+    for (const char16_t *option : {u"--style", u"--width", u"--height", u"--width-unit", u"--height-unit",
+                                   u"--format", u"--out", u"--keep-dirs", u"--search", u"--replace",
+                                   u"--keep-date", u"--exif", u"--delete-sources", u"--settings",
+                                   u"--jobs", u"--dir"})
+        EXPECT_TRUE(help.contains(QString::fromUtf16(option) + u' ')) << QString::fromUtf16(option).toStdString();
+}
+
+LastParameters seededLast()
+{
+    LastParameters last;
+    last.style = 3;
+    last.width = u"1024"_s;
+    last.height = u"768"_s;
+    last.path = u"/ziel"_s;
+    last.searchFor = u"IMG"_s;
+    last.replaceWith = u"Bild"_s;
+    return last;
+}
+
+CliOptions optionsFrom(const QStringList &arguments)
+{
+    const auto parsed = parseArguments(arguments);
+    EXPECT_TRUE(parsed.has_value());
+    return parsed.has_value() ? *parsed : CliOptions();
+}
+
+TEST(ResolveJob, ChecksInTheWindowsOrder)
+{
+    struct Case {
+        QStringList arguments;
+        int lastStyle;
+        QString lastPath;
+        bool withSources;
+        QString message; // empty: the job passes
+    };
+    const QString noSources = u"Sie haben keine Quelldateien gewählt !"_s;
+    const QString noStyle = u"Sie haben keinen Änderungsstil gewählt !"_s;
+    const QString badFormat = u"Sie haben ungültige Formatparameter gewählt !"_s;
+    const QString noTarget = u"Sie haben kein Zielverzeichnis gewählt !"_s;
+    const QList<Case> cases {
+        {{u"--style"_s, u"9"_s, u"--out="_s}, 3, u"/z"_s, false, noSources},
+        {{}, 9, u"/z"_s, true, noStyle},
+        {{u"--style"_s, u"-1"_s}, 3, u"/z"_s, true, noStyle},
+        {{u"--style"_s, u"5"_s, u"--width="_s}, 3, {}, true, noStyle},
+        {{u"--style"_s, u"2"_s, u"--width="_s, u"--out="_s}, 3, {}, true, badFormat},
+        {{u"--style"_s, u"0"_s, u"--height="_s}, 3, u"/z"_s, true, badFormat},
+        {{u"--style"_s, u"1"_s, u"--width="_s}, 3, u"/z"_s, true, {}},
+        {{u"--style"_s, u"4"_s, u"--width"_s, u"0"_s, u"--height"_s, u"abc"_s}, 3, u"/z"_s, true, {}},
+        {{}, 3, {}, true, noTarget},
+        {{u"--out="_s}, 3, u"/z"_s, true, noTarget},
+        {{u"--out"_s, u"/anders"_s}, 3, {}, true, {}},
+    };
+    for (const Case &c : cases) {
+        LastParameters last = seededLast();
+        last.style = c.lastStyle;
+        last.path = c.lastPath;
+        const QStringList sources = c.withSources ? QStringList {u"/a/b.jpg"_s} : QStringList();
+        const auto job = resolveJob(optionsFrom(c.arguments), last, sources);
+        const QString context = c.arguments.join(u' ');
+        if (c.message.isEmpty()) {
+            EXPECT_TRUE(job.has_value()) << context.toStdString() << ": " << job.error().toStdString();
+        } else {
+            ASSERT_FALSE(job.has_value()) << context.toStdString();
+            EXPECT_EQ(job.error(), c.message) << context.toStdString();
+        }
+    }
+}
+
+TEST(ResolveJob, OptionsLeftOutTakeTheLastParameters)
+{
+    LastParameters last = seededLast();
+    last.widthUnit = 7; // matches no unit entry: the first ("Pixel") is taken
+    last.heightUnit = 1;
+    const auto job = resolveJob(optionsFrom({}), last, {u"/a/b.jpg"_s});
+    ASSERT_TRUE(job.has_value());
+    EXPECT_EQ(job->parameters.changeStyle, 3);
+    EXPECT_EQ(job->inputs.widthText, u"1024"_s);
+    EXPECT_EQ(job->inputs.heightText, u"768"_s);
+    EXPECT_EQ(job->inputs.widthUnit, 0);
+    EXPECT_EQ(job->inputs.heightUnit, 1);
+    EXPECT_EQ(job->parameters.targetDirectory, u"/ziel"_s);
+    EXPECT_EQ(job->parameters.searchText, u"IMG"_s);
+    EXPECT_EQ(job->parameters.replaceText, u"Bild"_s);
+    EXPECT_EQ(job->parameters.formatCode, u"J"_s);
+    EXPECT_FALSE(job->parameters.keepDate || job->parameters.copyExif || job->deleteSources
+                 || job->parameters.keepDirectoryStructure);
+
+    const auto given = resolveJob(optionsFrom({u"--style"_s, u"0"_s, u"--width"_s, u"50"_s, u"--width-unit"_s,
+                                               u"%"_s, u"--search"_s, u""_s, u"--format"_s, u"png"_s}),
+                                  last, {u"/a/b.jpg"_s});
+    ASSERT_TRUE(given.has_value());
+    EXPECT_EQ(given->parameters.changeStyle, 0);
+    EXPECT_EQ(given->inputs.widthText, u"50"_s);
+    EXPECT_EQ(given->inputs.widthUnit, 1);
+    EXPECT_EQ(given->parameters.searchText, QString());
+    EXPECT_EQ(given->parameters.formatCode, u"P"_s);
+}
+
+TEST(CollectSources, AddsInOrderWithoutDuplicates)
+{
+    test::Sandbox box;
+    box.writeFile(u"tree/a.jpg"_s, "x");
+    box.writeFile(u"tree/B.JPG"_s, "x");
+    box.writeFile(u"tree/note.txt"_s, "x");
+    box.writeFile(u"tree/sub/c.jpg"_s, "x");
+    box.writeFile(u"tree/sub/d.png"_s, "x");
+    const QString previous = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(box.path()));
+
+    QByteArray input = QFile::encodeName(box.filePath(u"tree/sub/c.jpg"_s)) + "\r\n\nlos.jpg\n";
+    QBuffer standardInput(&input);
+    standardInput.open(QIODevice::ReadOnly);
+    const QList<SourceArgument> arguments {{Kind::File, u"first.jpg"_s},
+                                           {Kind::StandardIn, {}},
+                                           {Kind::Directory, u"tree"_s},
+                                           {Kind::File, u"./first.jpg"_s},
+                                           {Kind::File, u"tree/b.jpg"_s}};
+    const auto sources = collectSources(arguments, &standardInput);
+    QDir::setCurrent(previous);
+
+    ASSERT_TRUE(sources.has_value());
+    QStringList expected {box.filePath(u"first.jpg"_s), box.filePath(u"tree/sub/c.jpg"_s),
+                          box.filePath(u"los.jpg"_s)};
+    // The walk gives a directory's files before its subdirectories.
+    expected += {box.filePath(u"tree/a.jpg"_s), box.filePath(u"tree/B.JPG"_s)};
+    // Letter case makes a different path.
+    expected += box.filePath(u"tree/b.jpg"_s);
+    EXPECT_EQ(*sources, expected);
+}
+
+TEST(CollectSources, MissingDirectoryIsRefused)
+{
+    test::Sandbox box;
+    const auto sources = collectSources({{Kind::Directory, box.filePath(u"fehlt"_s)}}, nullptr);
+    ASSERT_FALSE(sources.has_value());
+    EXPECT_TRUE(sources.error().contains(u"fehlt"_s));
+}
+
+} // namespace
