@@ -128,7 +128,7 @@ QColor systemColor(int index, const QPalette &palette)
 
 } // namespace
 
-int roundHalfEven(double value)
+int roundHalfEvenToInt(double value)
 {
     // nearbyint follows the current rounding mode, which is to-nearest-even.
     return static_cast<int>(std::nearbyint(value));
@@ -136,27 +136,27 @@ int roundHalfEven(double value)
 
 int twipsToPixelsX(int twips, const QWidget *widget)
 {
-    return roundHalfEven(twips * dpiX(widget) / twipsPerInch);
+    return roundHalfEvenToInt(twips * dpiX(widget) / twipsPerInch);
 }
 
 int twipsToPixelsY(int twips, const QWidget *widget)
 {
-    return roundHalfEven(twips * dpiY(widget) / twipsPerInch);
+    return roundHalfEvenToInt(twips * dpiY(widget) / twipsPerInch);
 }
 
 int pixelsToTwipsX(int pixels, const QWidget *widget)
 {
-    return roundHalfEven(pixels * twipsPerInch / dpiX(widget));
+    return roundHalfEvenToInt(pixels * twipsPerInch / dpiX(widget));
 }
 
 int pixelsToTwipsY(int pixels, const QWidget *widget)
 {
-    return roundHalfEven(pixels * twipsPerInch / dpiY(widget));
+    return roundHalfEvenToInt(pixels * twipsPerInch / dpiY(widget));
 }
 
 int scaledPixels(int pixels, const QWidget *widget)
 {
-    return roundHalfEven(pixels * dpiX(widget) / referenceDpi);
+    return roundHalfEvenToInt(pixels * dpiX(widget) / referenceDpi);
 }
 
 QColor colorFromValue(quint32 value, const QPalette &palette)

@@ -16,7 +16,7 @@ namespace valtrona {
 // --- Measures --------------------------------------------------------------
 
 /// Rounds to the nearest whole number, halves to even (2.5 -> 2, 3.5 -> 4).
-int roundHalfEven(double value);
+int roundHalfEvenToInt(double value);
 
 /// Twips (1440 per inch) to pixels at the widget's logical DPI. Without a
 /// widget the primary screen's logical DPI is used, 96 without a screen.
