@@ -1,5 +1,6 @@
 #include "app/mainwindow.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -17,6 +18,7 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
+#include "app/lineinputs.h"
 #include "app/offthreadimaging.h"
 #include "app/previewbox.h"
 #include "app/settingsdialog.h"
@@ -273,6 +275,14 @@ MainWindow::MainWindow(Environment environment, QWidget *parent)
     for (const auto key : {Qt::Key_Return, Qt::Key_Enter}) {
         auto *next = new QShortcut(QKeySequence(key), this);
         connect(next, &QShortcut::activated, this, [this] {
+            // A focused button is pressed by Enter itself.
+            if (auto *button = qobject_cast<QAbstractButton *>(QApplication::focusWidget())) {
+                if (button->isEnabled() && !qobject_cast<QRadioButton *>(button)
+                    && !qobject_cast<QCheckBox *>(button)) {
+                    button->click();
+                    return;
+                }
+            }
             if (m_cmdW->isEnabled())
                 m_cmdW->click();
         });
@@ -431,6 +441,14 @@ void MainWindow::buildParameterCard(QWidget *card)
     grid->addWidget(m_chkEXF, row, 0);
     grid->addWidget(m_chkDU, row++, 1);
     grid->setRowStretch(row, 1);
+
+    // Both columns of lines get one label width each; the long caption
+    // "Seitenlänge :" is measured too, so the label never clips.
+    const QString widthCaption = m_txtB->caption();
+    m_txtB->setCaption(widthLabelText(changestyle::longSide));
+    fitLabelColumn({m_cmbTyp, m_txtB, m_txtH, m_cmbFMT[0], m_cmbFMT[2], m_txtSFor, m_txtDst}, 110);
+    m_txtB->setCaption(widthCaption);
+    fitLabelColumn({m_cmbFMT[1], m_cmbFMT[3], m_txtRep}, 110);
 
     connect(m_cmbTyp, &VxLineIn::change, this, &MainWindow::onStyleChanged);
 }

@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "app/lineinputs.h"
 #include "app/userdialogs.h"
 #include "controls/controlsupport.h"
 #include "controls/vxlinein.h"
@@ -86,6 +87,7 @@ SettingsDialog::SettingsDialog(QString settingsPath, std::shared_ptr<UserDialogs
         connect(line, &VxLineIn::change, this, [this] { m_dirty = 1; });
         connect(line, &VxLineIn::buttonClicked, this, [this, line] { showParameterHelp(line->tag()); });
     }
+    fitLabelColumn(QList<VxLineIn *>(std::begin(m_lines), std::end(m_lines)), 130);
     layout->addWidget(frame);
 
     auto *buttons = new QHBoxLayout;

@@ -331,6 +331,36 @@ TEST_F(MainWindowTest, BatchRunsToCompletionWithRowsFilesAndSavedParameters)
     EXPECT_EQ(window->sourceList()->count(), 4); // the run leaves the list alone
 }
 
+TEST_F(MainWindowTest, EnterGoesOnAndEscapeStopsARun)
+{
+    auto window = open();
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    dialogs->nextFiles = sourceImages(6);
+    QPushButton *openButton = child<QPushButton>(*window, "cmdOpen");
+    openButton->setFocus();
+    QTest::keyClick(openButton, Qt::Key_Return); // a focused button takes Enter itself
+    ASSERT_EQ(window->sourceList()->count(), 6);
+    EXPECT_EQ(window->currentCard(), 1);
+
+    window->sourceList()->setFocus();
+    QTest::keyClick(window->sourceList(), Qt::Key_Return);
+    ASSERT_EQ(window->currentCard(), 2);
+
+    line(*window, "cmbTyp")->setListIndex(2);
+    line(*window, "txtB")->setText(QStringLiteral("200"));
+    line(*window, "txtDst")->setText(targetDir);
+    onRow(*window, QStringLiteral("Bearbeite Bild : img03.jpg"),
+          [&] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape); });
+    QLineEdit *width = line(*window, "txtB")->findChild<QLineEdit *>(QStringLiteral("txt"));
+    width->setFocus();
+    QTest::keyClick(width, Qt::Key_Return);
+
+    EXPECT_EQ(window->currentCard(), 3);
+    EXPECT_EQ(rows(*window).last(), QStringLiteral("Bearbeitung abgebrochen"));
+    EXPECT_EQ(rows(*window).count(QStringLiteral("Bild erfolgreich bearbeitet")), 3);
+}
+
 TEST_F(MainWindowTest, PngChoiceWritesPngFiles)
 {
     auto window = open();
