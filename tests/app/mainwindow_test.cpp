@@ -23,6 +23,7 @@
 #include <memory>
 
 #include "app/mainwindow.h"
+#include "app/previewbox.h"
 #include "app/settingsdialog.h"
 #include "app/sourcelist.h"
 #include "app/statuslist.h"
@@ -359,6 +360,46 @@ TEST_F(MainWindowTest, EnterGoesOnAndEscapeStopsARun)
     EXPECT_EQ(window->currentCard(), 3);
     EXPECT_EQ(rows(*window).last(), QStringLiteral("Bearbeitung abgebrochen"));
     EXPECT_EQ(rows(*window).count(QStringLiteral("Bild erfolgreich bearbeitet")), 3);
+}
+
+TEST_F(MainWindowTest, WindowServesEventsWhileAPhotoConverts)
+{
+    const QString photo = writeJpeg(sandbox.filePath(QStringLiteral("src/big.jpg")), 6000, 4000);
+    auto window = open();
+    prepareRun(*window, {photo});
+    int ticks = 0;
+    int ticksAtStart = -1;
+    int ticksAtEnd = -1;
+    QTimer ticker;
+    QObject::connect(&ticker, &QTimer::timeout, [&] { ++ticks; });
+    ticker.start(0);
+    // Between these two rows the run does nothing but convert the file.
+    onRow(*window, QStringLiteral("Dateiname : big.jpg"), [&] { ticksAtStart = ticks; });
+    onRow(*window, QStringLiteral("Bild erfolgreich bearbeitet"), [&] { ticksAtEnd = ticks; });
+
+    click(*window, "cmdW");
+
+    ASSERT_GE(ticksAtStart, 0);
+    EXPECT_GT(ticksAtEnd, ticksAtStart);
+    EXPECT_EQ(QImageReader(QDir(targetDir).filePath(QStringLiteral("big.jpg"))).size(), QSize(200, 133));
+}
+
+TEST_F(MainWindowTest, PreviewFollowsTheClickedSourceAndClearsOnRemoval)
+{
+    auto window = open();
+    dialogs->nextFiles = sourceImages(2);
+    click(*window, "cmdOpen");
+    SourceList *list = window->sourceList();
+    auto *preview = child<PreviewBox>(*window, "PRV");
+
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->topLevelItem(1)).center());
+    EXPECT_EQ(preview->fileName(), list->pathAt(1));
+    EXPECT_TRUE(preview->hasPicture());
+
+    list->topLevelItem(0)->setSelected(true);
+    click(*window, "cmdRemove");
+    EXPECT_TRUE(preview->fileName().isEmpty());
+    EXPECT_FALSE(preview->hasPicture());
 }
 
 TEST_F(MainWindowTest, PngChoiceWritesPngFiles)
