@@ -284,6 +284,11 @@ TEST_F(MainWindowTest, BatchRunsToCompletionWithRowsFilesAndSavedParameters)
     child<QComboBox>(*window, "cmbFH")->setCurrentIndex(-1); // chosen silently
     QSignalSpy finished(window.get(), &MainWindow::runFinished);
     EXPECT_EQ(dialogs->shown.size(), 1); // the open dialog; the broken file is no box
+    QStringList captions;
+    QObject::connect(window->statusList(), &StatusList::rowAdded, window.get(), [&](const QString &text) {
+        if (text.startsWith(QLatin1String("Bearbeite Bild")))
+            captions.append(window->windowTitle());
+    });
     EXPECT_EQ(window->sourceList()->topLevelItem(3)->text(SourceList::DimensionColumn), QStringLiteral("0 x 0"));
 
     click(*window, "cmdW");
@@ -312,6 +317,15 @@ TEST_F(MainWindowTest, BatchRunsToCompletionWithRowsFilesAndSavedParameters)
     EXPECT_EQ(status->rowKey(static_cast<int>(texts.indexOf(QStringLiteral("Fehler beim Verarbeiten des Bildes")))),
               QStringLiteral("ERR"));
     EXPECT_EQ(status->selectedItems().value(0), status->topLevelItem(status->topLevelItemCount() - 1));
+    EXPECT_EQ(captions, QStringList({QStringLiteral("Valtrona - 25 %"), QStringLiteral("Valtrona - 50 %"),
+                                     QStringLiteral("Valtrona - 75 %"), QStringLiteral("Valtrona - 100 %")}));
+
+    // A click on a row with a path shows that file in the card's preview.
+    auto *preview = child<PreviewBox>(*window, "picPrev");
+    EXPECT_TRUE(preview->fileName().isEmpty()); // cleared when the run ended
+    QTest::mouseClick(status->viewport(), Qt::LeftButton, {},
+                      status->visualItemRect(status->topLevelItem(pictureRow)).center());
+    EXPECT_EQ(preview->fileName(), sources.first());
 
     for (int i = 1; i <= 3; ++i) {
         const QString output = QDir(targetDir).filePath(QStringLiteral("img%1.jpg").arg(i, 2, 10, QLatin1Char('0')));
