@@ -124,6 +124,23 @@ TEST_F(Trash, SameNamesGetUniqueEntries)
                                          QStringLiteral("IMG_1.3.jpg")}));
 }
 
+TEST_F(Trash, LongNamesAreShortenedToFitTheInfoFile)
+{
+    const QString name = QString(240, QLatin1Char('x')) + QStringLiteral("ö.jpeg");  // 247 bytes
+    QStringList trashedNames;
+    for (const char *dir : {"a", "b"}) {
+        const QString source = m_work.writeFile(QString::fromLatin1(dir) + QLatin1Char('/') + name, dir);
+        const auto trashed = files::moveToTrash(source);
+        ASSERT_TRUE(trashed.has_value()) << trashed.error().message.toStdString();
+        const QString trashedName = QFileInfo(trashed->trashedPath).fileName();
+        EXPECT_LE(QFile::encodeName(trashedName).size() + 10, 255);
+        EXPECT_TRUE(trashedName.endsWith(QStringLiteral(".jpeg")));
+        EXPECT_EQ(parseTrashInfo(trashed->infoPath).path, source);
+        trashedNames.append(trashedName);
+    }
+    EXPECT_NE(trashedNames[0], trashedNames[1]);
+}
+
 TEST_F(Trash, DirectoriesAndLinksGoWhole)
 {
     m_work.writeFile(QStringLiteral("Ordner/unter/bild.jpg"), "x");
