@@ -206,6 +206,11 @@ TEST(FileServices, AtomicCopy)
     ASSERT_FALSE(noDir.has_value());
     EXPECT_EQ(noDir.error().code, files::FileError::Code::OpenFailed);
 
+    const QString pipe = box.filePath(QStringLiteral("pipe.jpg"));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    EXPECT_FALSE(files::copyFileAtomically(pipe, box.filePath(QStringLiteral("y.jpg"))).has_value());
+    QFile::remove(pipe);
+
     // Nothing but the files made here: no temporary leftovers.
     QStringList names = QDir(box.path()).entryList(QDir::Files | QDir::Hidden | QDir::System);
     names.sort();
