@@ -650,7 +650,8 @@ QByteArray tidiedIniText(const QByteArray &text)
     }
     if (current.isEmpty())
         return current;
-    return current + "\r\n";
+    current.append("\r\n");
+    return current;
 }
 
 bool tidyIniFile(const QString &file)
