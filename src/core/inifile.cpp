@@ -504,8 +504,8 @@ bool editIniFile(const QString &file, const std::function<bool(IniDocument &)> &
     IniDocument document(current.bytes);
     if (!edit(document))
         return false;
-    if (current.state == FileState::Read && document.bytes() == current.bytes)
-        return true;
+    if (document.bytes() == current.bytes)
+        return true; // nothing to write; a missing file is not created empty
     return writeFileAtomically(file, document.bytes());
 }
 
