@@ -199,6 +199,17 @@ vips::VImage resample(vips::VImage image, int width, int height, const DrawModes
     return toUchar(image);
 }
 
+// Stripping metadata also drops the JFIF segment; put a plain one back (no
+// resolution, square pixels) so the file is an ordinary JFIF file that the
+// EXIF copy accepts as a target.
+QByteArray withJfifHeader(const QByteArray &jpeg)
+{
+    static const QByteArray jfif = QByteArray::fromHex("ffe000104a46494600010100000100010000");
+    if (jpeg.size() < 4 || !jpeg.startsWith("\xff\xd8") || static_cast<unsigned char>(jpeg.at(3)) == 0xE0)
+        return jpeg;
+    return jpeg.left(2) + jfif + jpeg.mid(2);
+}
+
 Picture fail(const Failure &failure)
 {
     detail::fail(failure.status, failure.message);
@@ -401,8 +412,11 @@ bool saveImage(const Picture &picture, const QString &path, const QString &mimeT
     if (!encoded)
         return detail::fail(failure.status, failure.message);
 
-    const int status = detail::writeFileAtomically(path, static_cast<const char *>(buffer), qint64(size));
+    QByteArray bytes(static_cast<const char *>(buffer), qsizetype(size));
     g_free(buffer);
+    if (jpeg)
+        bytes = withJfifHeader(bytes);
+    const int status = detail::writeFileAtomically(path, bytes.constData(), bytes.size());
     if (status != Ok)
         return detail::fail(status, lastErrorMessage());
     return true;
