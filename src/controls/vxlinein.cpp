@@ -1227,10 +1227,14 @@ void VxLineIn::syncElements(QObject *source)
 {
     const bool wasQuiet = m_quiet;
     m_quiet = true;
+    m_txtValidator->setPassThrough(true);
+    m_txiValidator->setPassThrough(true);
     if (source != m_txt && m_txt->text() != m_text)
         m_txt->setText(m_text);
     if (source != m_txi && m_txi->text() != m_text)
         m_txi->setText(m_text);
+    m_txtValidator->setPassThrough(false);
+    m_txiValidator->setPassThrough(false);
     if (source != m_mem && m_mem->toPlainText() != m_text)
         m_mem->setPlainText(m_text);
     m_anz->setText(m_text);
