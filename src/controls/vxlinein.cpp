@@ -103,6 +103,7 @@ VxLineIn::VxLineIn(QWidget *parent)
 
     m_mem = new LineInputMemo(m_con);
     m_mem->setObjectName(u"mem"_s);
+    m_mem->setTabChangesFocus(true);
 
     m_cmb = new QComboBox(m_con);
     m_cmb->setObjectName(u"cmb2"_s);
@@ -368,6 +369,7 @@ int VxLineIn::controlStyle() const
 void VxLineIn::setControlStyle(int style)
 {
     m_controlStyle = style;
+    setSizePolicy(QSizePolicy::Expanding, style == 2 ? QSizePolicy::Preferred : QSizePolicy::Fixed);
     updateVisibility();
     updateGeometry();
 }
@@ -989,6 +991,17 @@ bool VxLineIn::selectByItemTag(const QString &tag)
     return false;
 }
 
+bool VxLineIn::selectByItemData(int number)
+{
+    for (int i = 0; i < m_cmb->count(); ++i) {
+        if (itemData(i) == number) {
+            setListIndex(i);
+            return true;
+        }
+    }
+    return false;
+}
+
 QString VxLineIn::listFocusItemTag() const
 {
     return itemTag(m_cmb->currentIndex());
@@ -1356,9 +1369,11 @@ void VxLineIn::relayout()
             m_img->clear();
         x += side + gap;
     }
+    // Beside a multi-line box, label, check box and button keep to its first line.
+    const int sideHeight = m_controlStyle == 2 ? qMin(rowHeight, m_txt->sizeHint().height()) : rowHeight;
     if (m_checkboxShow) {
         const int width = m_chk->sizeHint().width();
-        m_chk->setGeometry(x, top, width, rowHeight);
+        m_chk->setGeometry(x, top, width, sideHeight);
         x += width + gap;
     }
     int labelWidth = scaledPixels(m_labelWidth, this);
@@ -1366,14 +1381,14 @@ void VxLineIn::relayout()
         labelWidth = qMax(0, scaledPixels(m_fixedBlockWidth, this) - (x - blockStart));
     m_lbl->setVisible(labelWidth > 0);
     if (labelWidth > 0) {
-        m_lbl->setGeometry(x, top, labelWidth, rowHeight);
+        m_lbl->setGeometry(x, top, labelWidth, sideHeight);
         x += labelWidth + gap;
     }
 
     int right = width();
     if (m_buttonShow) {
         const int buttonWidth = scaledPixels(m_buttonWidth, this);
-        m_cmd->setGeometry(right - buttonWidth, top, buttonWidth, rowHeight);
+        m_cmd->setGeometry(right - buttonWidth, top, buttonWidth, sideHeight);
         right -= buttonWidth + gap;
     }
     const QRect element(x, top, qMax(0, right - x), rowHeight);

@@ -277,6 +277,8 @@ public:
     void setItemTag(int index, const QString &tag);
     /// Selects the first item with this key; false (selection unchanged) when none has it.
     bool selectByItemTag(const QString &tag);
+    /// Selects the first item with this number; false (selection unchanged) when none has it.
+    bool selectByItemData(int number);
     /// The key of the selected item, empty when none is selected.
     QString listFocusItemTag() const;
     /// The combo box's current text (for the editable combo, what is typed).

@@ -12,6 +12,12 @@
 #include "controls/vxinvisiblecont.h"
 
 using namespace Qt::StringLiterals;
+
+// Readable failure messages for text comparisons.
+void PrintTo(const QString &text, std::ostream *out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
 using valtrona::VxActCtrl;
 using valtrona::VxInvisibleCont;
 

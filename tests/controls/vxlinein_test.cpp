@@ -23,6 +23,12 @@
 #include "support/testsupport.h"
 
 using namespace Qt::StringLiterals;
+
+// Readable failure messages for text comparisons.
+void PrintTo(const QString &text, std::ostream *out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
 using valtrona::LineInputRules;
 using valtrona::VxLineIn;
 
@@ -473,6 +479,11 @@ TEST(VxLineIn, ComboItemsCarryDataAndTagsAndOutOfRangeReadsEmpty)
 
     EXPECT_FALSE(line.selectByItemTag(u"XX"_s));
     EXPECT_EQ(line.listIndex(), 1);
+    EXPECT_TRUE(line.selectByItemData(0));
+    EXPECT_EQ(line.listIndex(), 0);
+    EXPECT_FALSE(line.selectByItemData(7));
+    EXPECT_EQ(line.listIndex(), 0);
+    line.setListIndex(1);
 
     for (int index : {2, INT_MAX, -2, INT_MIN}) {
         EXPECT_EQ(line.itemData(index), 0) << index;
@@ -482,7 +493,7 @@ TEST(VxLineIn, ComboItemsCarryDataAndTagsAndOutOfRangeReadsEmpty)
     line.setListIndex(INT_MAX);
     EXPECT_EQ(line.listIndex(), -1);
     EXPECT_EQ(line.listFocusItemTag(), QString());
-    EXPECT_EQ(change.count(), 2);
+    EXPECT_EQ(change.count(), 4);
 
     line.setItemTag(0, u"neu"_s);
     line.setItemData(0, 42);
@@ -587,6 +598,30 @@ TEST(VxLineIn, LaysOutLabelElementAndButtonInOneRow)
     EXPECT_EQ(label->x(), s(10) + check + s(4));
     EXPECT_EQ(label->x() + label->width(), s(10) + s(100)); // check box and label share the block
     EXPECT_EQ(line->ctlLeft() + line->ctlWidth(), 400);
+}
+
+TEST(VxLineIn, LabelAndButtonMouseEventsReachTheHost)
+{
+    VxLineIn line;
+    line.resize(300, 26);
+    QLabel *label = line.findChild<QLabel *>(u"lbl"_s);
+    QStringList log;
+    QObject::connect(&line, &VxLineIn::labelMouseDown, &line,
+                     [&](Qt::MouseButton button, const QPoint &) { log.append(u"down%1"_s.arg(int(button))); });
+    QObject::connect(&line, &VxLineIn::labelMouseUp, &line,
+                     [&](Qt::MouseButton button, const QPoint &) { log.append(u"up%1"_s.arg(int(button))); });
+    QObject::connect(&line, &VxLineIn::labelClick, &line, [&] { log.append(u"click"_s); });
+    QObject::connect(&line, &VxLineIn::labelDblClick, &line, [&] { log.append(u"double"_s); });
+    QObject::connect(&line, &VxLineIn::buttonRightClick, &line, [&] { log.append(u"right"_s); });
+    QSignalSpy clicked(&line, &VxLineIn::afterButtonClickedFinished);
+
+    QTest::mouseClick(label, Qt::LeftButton);
+    QTest::mouseClick(label, Qt::RightButton);
+    QTest::mouseDClick(label, Qt::LeftButton);
+    QTest::mouseClick(line.buttonControl(), Qt::RightButton);
+
+    EXPECT_EQ(log.join(u' '), u"down1 up1 click down2 up2 double right"_s);
+    EXPECT_EQ(clicked.count(), 0); // a right click is no button click
 }
 
 // --- Check box, hooks, defaults --------------------------------------------
