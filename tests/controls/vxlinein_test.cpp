@@ -163,6 +163,69 @@ INSTANTIATE_TEST_SUITE_P(
         ClickCase{"comboOpenMany", 1, 6, "/x", "", "/alt/wert.txt", "before clicked after finished"}),
     [](const ::testing::TestParamInfo<ClickCase> &param) { return std::string(param.param.name); });
 
+TEST(VxLineIn, ClickLeavesTheFocusOnTheElementOfTheInputStyle)
+{
+    QWidget window;
+    auto *line = new VxLineIn(&window);
+    auto *elsewhere = new QLineEdit(&window);
+    elsewhere->move(0, 40);
+    line->setCommandStyle(4);
+    window.show();
+    QApplication::setActiveWindow(&window);
+    if (!QTest::qWaitForWindowActive(&window))
+        GTEST_SKIP() << "no active window on this platform";
+
+    const struct
+    {
+        int style;
+        const char *element;
+    } cases[] = {{0, "txt"}, {1, "cmb2"}, {2, "mem"}, {4, "txi"}};
+    for (const auto &c : cases) {
+        line->setControlStyle(c.style);
+        elsewhere->setFocus();
+        line->clickButton();
+        ASSERT_NE(QApplication::focusWidget(), nullptr) << c.style;
+        EXPECT_EQ(QApplication::focusWidget()->objectName(), QString::fromLatin1(c.element)) << c.style;
+    }
+    // The display field of style 3 takes no focus, and its hidden text box cannot.
+    line->setControlStyle(3);
+    elsewhere->setFocus();
+    line->clickButton();
+    EXPECT_EQ(QApplication::focusWidget(), elsewhere);
+
+    line->setControlStyle(0);
+    line->setSuppressFocus(true);
+    elsewhere->setFocus();
+    line->clickButton();
+    EXPECT_EQ(QApplication::focusWidget(), elsewhere);
+}
+
+TEST(VxLineIn, FocusOfTextAndComboIsReported)
+{
+    QWidget window;
+    auto *line = new VxLineIn(&window);
+    auto *elsewhere = new QLineEdit(&window);
+    elsewhere->move(0, 40);
+    window.show();
+    QApplication::setActiveWindow(&window);
+    if (!QTest::qWaitForWindowActive(&window))
+        GTEST_SKIP() << "no active window on this platform";
+    QStringList log;
+    QObject::connect(line, &VxLineIn::gotFocusText, line, [&] { log.append(u"gotText"_s); });
+    QObject::connect(line, &VxLineIn::lostFocusText, line, [&] { log.append(u"lostText"_s); });
+    QObject::connect(line, &VxLineIn::gotFocusCombo, line, [&] { log.append(u"gotCombo"_s); });
+    QObject::connect(line, &VxLineIn::lostFocusCombo, line, [&] { log.append(u"lostCombo"_s); });
+
+    elsewhere->setFocus();
+    log.clear();
+    line->setActive();
+    elsewhere->setFocus();
+    line->setControlStyle(1);
+    line->setActive();
+    elsewhere->setFocus();
+    EXPECT_EQ(log.join(u' '), u"gotText lostText gotCombo lostCombo"_s);
+}
+
 TEST(VxLineIn, ComboClearLeavesNoSelectionAndNoText)
 {
     VxLineIn line;
