@@ -370,6 +370,18 @@ TEST(VxActCtrl, ExtendedCardFollowsTheParentSize)
     EXPECT_EQ(host.cards[0]->height(), 50); // height left alone
 }
 
+TEST(VxActCtrl, TranslatedDisplaysReachTheChooser)
+{
+    Host host;
+    EXPECT_TRUE(host.switcher->ctlEnumAllCaptionsInUCtl().isEmpty());
+    host.switcher->setCtlUseLng(1);
+    const auto captions = host.switcher->ctlEnumAllCaptionsInUCtl();
+    ASSERT_EQ(captions.size(), 1);
+    EXPECT_EQ(captions.at(0).second, u"Quelldateien;Parameter;Bildverarbeitung"_s);
+    EXPECT_TRUE(host.switcher->ctlSetUserControlLanguage(u"CTLDisplays"_s, u"Sources;Settings;Processing"_s));
+    EXPECT_EQ(host.switcher->chooserChoices().at(1).text, u"02 - Settings"_s);
+}
+
 TEST(VxActCtrl, TerminatedSwitcherIgnoresFurtherCalls)
 {
     Host host;
