@@ -462,7 +462,7 @@ QString VxLineIn::caption() const
 void VxLineIn::setCaption(const QString &caption)
 {
     m_caption = caption;
-    m_lbl->setText(caption);
+    updateLabelText();
 }
 
 uint VxLineIn::labelForeColor() const
@@ -484,6 +484,7 @@ QFont VxLineIn::labelFont() const
 void VxLineIn::setLabelFont(const QFont &font)
 {
     m_lbl->setFont(font);
+    updateLabelText();
 }
 
 QString VxLineIn::labelAlignment() const
@@ -499,12 +500,13 @@ void VxLineIn::setLabelAlignment(const QString &alignment)
 
 QString VxLineIn::labelToolTip() const
 {
-    return m_lbl->toolTip();
+    return m_labelToolTip;
 }
 
 void VxLineIn::setLabelToolTip(const QString &tip)
 {
-    m_lbl->setToolTip(tip);
+    m_labelToolTip = tip;
+    updateLabelText();
 }
 
 // --- Check box -------------------------------------------------------------
@@ -1043,7 +1045,7 @@ void VxLineIn::sendChangeMsg()
 
 void VxLineIn::autoSizeLabel()
 {
-    const int needed = m_lbl->fontMetrics().horizontalAdvance(m_lbl->text()) + 2;
+    const int needed = m_lbl->fontMetrics().horizontalAdvance(m_caption) + 2;
     // Back to 96-DPI pixels, the unit LabelWidth is kept in.
     setLabelWidth(qRound(needed * 96.0 / qMax(1, logicalDpiX())));
 }
@@ -1338,6 +1340,17 @@ void VxLineIn::updateButtonFace()
         m_cmd->setText(icon.isNull() ? u"..."_s : QString());
 }
 
+void VxLineIn::updateLabelText()
+{
+    // A caption wider than its column is cut with "…" rather than in the middle
+    // of a letter, and shown whole in the tooltip.
+    const QFontMetrics metrics(m_lbl->font());
+    const int room = m_lbl->width();
+    const bool fits = room <= 0 || metrics.horizontalAdvance(m_caption) <= room;
+    m_lbl->setText(fits ? m_caption : metrics.elidedText(m_caption, Qt::ElideRight, room));
+    m_lbl->setToolTip(m_labelToolTip.isEmpty() && !fits ? m_caption : m_labelToolTip);
+}
+
 void VxLineIn::updateLabelAlignment()
 {
     const QString code = m_labelAlignment.trimmed().left(1).toUpper();
@@ -1382,6 +1395,7 @@ void VxLineIn::relayout()
     m_lbl->setVisible(labelWidth > 0);
     if (labelWidth > 0) {
         m_lbl->setGeometry(x, top, labelWidth, sideHeight);
+        updateLabelText();
         x += labelWidth + gap;
     }
 

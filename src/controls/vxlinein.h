@@ -367,6 +367,7 @@ private:
     void updateColors();
     void updateButtonFace();
     void updateLabelAlignment();
+    void updateLabelText();
     void relayout();
     bool acceptsFileDrop(const QMimeData *mime) const;
     bool dropFiles(const QMimeData *mime);
@@ -414,6 +415,7 @@ private:
     QString m_caption;
     uint m_labelForeColor = 0x80000012u;
     QString m_labelAlignment;
+    QString m_labelToolTip;
     bool m_checkboxShow = false;
     bool m_value = true;
     QString m_text;

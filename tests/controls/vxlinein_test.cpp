@@ -687,6 +687,26 @@ TEST(VxLineIn, LabelAndButtonMouseEventsReachTheHost)
     EXPECT_EQ(clicked.count(), 0); // a right click is no button click
 }
 
+TEST(VxLineIn, CaptionTooWideForItsColumnIsCutWithAnEllipsisAndShownInTheTooltip)
+{
+    VxLineIn line;
+    line.resize(400, 24);
+    line.setLabelWidth(40);
+    line.setCaption(u"GDI CompositingQuality :"_s);
+    const QLabel *label = line.findChild<QLabel *>(u"lbl"_s);
+    EXPECT_TRUE(label->text().endsWith(QChar(0x2026))) << label->text().toStdString();
+    EXPECT_EQ(label->toolTip(), u"GDI CompositingQuality :"_s);
+    EXPECT_EQ(line.caption(), u"GDI CompositingQuality :"_s);
+
+    line.autoSizeLabel();
+    EXPECT_EQ(label->text(), u"GDI CompositingQuality :"_s);
+    EXPECT_EQ(label->toolTip(), QString());
+
+    line.setLabelToolTip(u"Hilfe"_s);
+    line.setLabelWidth(40);
+    EXPECT_EQ(label->toolTip(), u"Hilfe"_s); // the host's tooltip wins
+}
+
 // --- Check box, hooks, defaults --------------------------------------------
 
 TEST(VxLineIn, CheckBoxReportsItsChanges)
