@@ -29,25 +29,33 @@ QString existingStart(const QString &start, bool folder)
     return name.isEmpty() ? dir : dir % u"/"_s % name;
 }
 
+// Qt matches "*.*" literally, so it would hide files without an extension;
+// the all-files entry gets the pattern that lists every file on Linux.
+QString linuxFilter(const QString &filter)
+{
+    QString result = filter;
+    return result.replace(u"(*.*)"_s, u"(*)"_s);
+}
+
 class StandardDialogs final : public LineInputDialogs
 {
 public:
     QString openFile(QWidget *parent, const QString &caption, const QString &start,
                      const QString &filter) override
     {
-        return QFileDialog::getOpenFileName(parent, caption, existingStart(start, false), filter);
+        return QFileDialog::getOpenFileName(parent, caption, existingStart(start, false), linuxFilter(filter));
     }
 
     QStringList openFiles(QWidget *parent, const QString &caption, const QString &start,
                           const QString &filter) override
     {
-        return QFileDialog::getOpenFileNames(parent, caption, existingStart(start, false), filter);
+        return QFileDialog::getOpenFileNames(parent, caption, existingStart(start, false), linuxFilter(filter));
     }
 
     QString saveFile(QWidget *parent, const QString &caption, const QString &start,
                      const QString &filter) override
     {
-        return QFileDialog::getSaveFileName(parent, caption, existingStart(start, false), filter);
+        return QFileDialog::getSaveFileName(parent, caption, existingStart(start, false), linuxFilter(filter));
     }
 
     QString chooseFolder(QWidget *parent, const QString &caption, const QString &start,

@@ -5,6 +5,7 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QDropEvent>
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
@@ -12,6 +13,7 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 #include <QUrl>
 
 #include <gtest/gtest.h>
@@ -291,6 +293,68 @@ TEST(VxLineIn, DialogsGetCaptionsFilterStartPathAndOwner)
     QObject::connect(line, &VxLineIn::requestMainForm, line, [&other](QWidget **form) { *form = &other; });
     line->clickButton();
     EXPECT_EQ(dialogs->parent, &other);
+}
+
+// Drives Qt's own dialog: looks at it once it is up, then closes it.
+struct OpenDialog
+{
+    QString title;
+    QStringList filters;
+    QString directory;
+    QStringList selected;
+};
+
+void answerDialog(OpenDialog *seen, const QString &choose)
+{
+    QTimer::singleShot(0, [seen, choose] {
+        auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+        if (!dialog) {
+            answerDialog(seen, choose); // not up yet
+            return;
+        }
+        seen->title = dialog->windowTitle();
+        seen->filters = dialog->nameFilters();
+        seen->directory = dialog->directory().absolutePath();
+        seen->selected = dialog->selectedFiles();
+        if (choose.isEmpty()) {
+            dialog->reject();
+        } else {
+            dialog->selectFile(choose);
+            QMetaObject::invokeMethod(dialog, "accept");
+        }
+    });
+}
+
+TEST(VxLineIn, StandardDialogsStartNearTheTextAndCancelKeepsIt)
+{
+    valtrona::test::Sandbox sandbox;
+    const QString chosen = sandbox.writeFile(u"bild.txt"_s, "x");
+    VxLineIn line;
+    line.setCommandStyle(1);
+    line.setText(sandbox.filePath(u"fehlt/auch/alt.txt"_s));
+    QSignalSpy change(&line, &VxLineIn::change);
+
+    OpenDialog seen;
+    answerDialog(&seen, QString());
+    line.clickButton();
+    EXPECT_EQ(seen.title, u"Datei öffnen : "_s);
+    EXPECT_EQ(seen.filters, QStringList({u"Textdatei (*.txt)"_s, u"Alle Dateien (*)"_s}));
+    EXPECT_EQ(seen.directory, sandbox.path()); // nearest folder that exists
+    EXPECT_EQ(line.text(), sandbox.filePath(u"fehlt/auch/alt.txt"_s));
+    EXPECT_EQ(change.count(), 0);
+
+    answerDialog(&seen, chosen);
+    line.clickButton();
+    EXPECT_EQ(line.text(), chosen);
+    EXPECT_EQ(change.count(), 1);
+
+    line.setCommandStyle(3);
+    line.setText(sandbox.filePath(u"neu/unter"_s));
+    answerDialog(&seen, QString());
+    line.clickButton();
+    EXPECT_EQ(seen.title, u"Wählen Sie ein Verzeichnis : "_s);
+    EXPECT_EQ(seen.directory, sandbox.path());
+    EXPECT_EQ(line.text(), sandbox.filePath(u"neu/unter"_s));
 }
 
 TEST(VxLineIn, DesignModeRefusesTheClick)
