@@ -11,25 +11,51 @@ namespace valtrona {
 
 namespace {
 
+// A start path whose folder does not exist would make the dialog fall back to
+// the working directory; start in the nearest folder that still exists.
+QString existingStart(const QString &start, bool folder)
+{
+    if (start.isEmpty())
+        return start;
+    const QFileInfo info(start);
+    QString dir = folder ? info.absoluteFilePath() : info.absolutePath();
+    const QString name = folder ? QString() : info.fileName();
+    while (!QFileInfo(dir).isDir()) {
+        const QString parent = QFileInfo(dir).absolutePath();
+        if (parent == dir)
+            return start;
+        dir = parent;
+    }
+    return name.isEmpty() ? dir : dir % u"/"_s % name;
+}
+
+// Qt matches "*.*" literally, so it would hide files without an extension;
+// the all-files entry gets the pattern that lists every file on Linux.
+QString linuxFilter(const QString &filter)
+{
+    QString result = filter;
+    return result.replace(u"(*.*)"_s, u"(*)"_s);
+}
+
 class StandardDialogs final : public LineInputDialogs
 {
 public:
     QString openFile(QWidget *parent, const QString &caption, const QString &start,
                      const QString &filter) override
     {
-        return QFileDialog::getOpenFileName(parent, caption, start, filter);
+        return QFileDialog::getOpenFileName(parent, caption, existingStart(start, false), linuxFilter(filter));
     }
 
     QStringList openFiles(QWidget *parent, const QString &caption, const QString &start,
                           const QString &filter) override
     {
-        return QFileDialog::getOpenFileNames(parent, caption, start, filter);
+        return QFileDialog::getOpenFileNames(parent, caption, existingStart(start, false), linuxFilter(filter));
     }
 
     QString saveFile(QWidget *parent, const QString &caption, const QString &start,
                      const QString &filter) override
     {
-        return QFileDialog::getSaveFileName(parent, caption, start, filter);
+        return QFileDialog::getSaveFileName(parent, caption, existingStart(start, false), linuxFilter(filter));
     }
 
     QString chooseFolder(QWidget *parent, const QString &caption, const QString &start,
@@ -38,7 +64,7 @@ public:
         QFileDialog::Options options;
         if (foldersOnly)
             options |= QFileDialog::ShowDirsOnly;
-        return QFileDialog::getExistingDirectory(parent, caption, start, options);
+        return QFileDialog::getExistingDirectory(parent, caption, existingStart(start, true), options);
     }
 };
 

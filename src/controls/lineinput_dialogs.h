@@ -30,7 +30,9 @@ public:
                                  bool foldersOnly) = 0;
 };
 
-/// Qt's standard file dialogs (in the application's language).
+/// Qt's standard file dialogs (in the application's language). They start in
+/// the nearest existing folder of the start path, and list every file under
+/// the all-files entry, which they show as "(*)".
 std::shared_ptr<LineInputDialogs> standardLineInputDialogs();
 
 /// The dialog filter for "|"-separated file type names and extensions: one

@@ -24,10 +24,12 @@ bool isLineBreak(QChar c)
 QString LineInputRules::clean(const QString &text, bool multiLine) const
 {
     const bool anyChar = mask.isEmpty() || mask == QLatin1String("*");
+    // Whole-string case mapping, so "ß" becomes "SS".
+    const QString source = textBoxStyle == 1 ? text.toUpper() : textBoxStyle == 2 ? text.toLower() : text;
     QString result;
-    result.reserve(text.size());
+    result.reserve(source.size());
     bool separatorSeen = false;
-    for (QChar c : text) {
+    for (const QChar c : source) {
         if (isLineBreak(c)) {
             if (multiLine) {
                 result.append(c);
@@ -35,10 +37,6 @@ QString LineInputRules::clean(const QString &text, bool multiLine) const
             }
             continue;
         }
-        if (textBoxStyle == 1)
-            c = c.toUpper();
-        else if (textBoxStyle == 2)
-            c = c.toLower();
         if (!anyChar && !mask.contains(c))
             continue;
         const bool lineStart = result.isEmpty() || isLineBreak(result.back());
@@ -86,8 +84,15 @@ const LineInputRules &LineInputValidator::rules() const
     return m_rules;
 }
 
+void LineInputValidator::setPassThrough(bool on)
+{
+    m_passThrough = on;
+}
+
 QValidator::State LineInputValidator::validate(QString &input, int &pos) const
 {
+    if (m_passThrough)
+        return Acceptable;
     // The edit replaced the middle of the previous text: find that middle.
     const QString &old = m_previous;
     qsizetype prefix = 0;

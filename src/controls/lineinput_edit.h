@@ -43,11 +43,16 @@ public:
     void setRules(const LineInputRules &rules);
     const LineInputRules &rules() const;
 
+    /// While set, every text passes unchanged (for text set by code, which
+    /// QLineEdit::setText() would otherwise run through the validator).
+    void setPassThrough(bool on);
+
     State validate(QString &input, int &pos) const override;
 
 private:
     LineInputRules m_rules;
     QString m_previous;
+    bool m_passThrough = false;
 };
 
 /// The multi-line element of a line input, holding to the same rules.

@@ -250,6 +250,16 @@ void VxActCtrl::setDesignMode(bool on)
     arrangeAll();
 }
 
+int VxActCtrl::ctlUseLng() const
+{
+    return m_ctlUseLng;
+}
+
+void VxActCtrl::setCtlUseLng(int use)
+{
+    m_ctlUseLng = use;
+}
+
 QString VxActCtrl::controlName(int number) const
 {
     return m_nameList.value(number - 1);
@@ -572,7 +582,12 @@ QObject *VxActCtrl::hooksObject() const
 
 int VxActCtrl::useLanguage() const
 {
-    return 0;
+    return m_ctlUseLng;
+}
+
+QList<QPair<QString, LngPropertyType>> VxActCtrl::lngProperties() const
+{
+    return {{u"CTLDisplays"_s, LngPropertyType::Caption}};
 }
 
 void VxActCtrl::ctlUpdate()

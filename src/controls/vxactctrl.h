@@ -34,7 +34,8 @@ class VxActCtrl : public QWidget, public ControlHooks
     Q_OBJECT
     /// Number (1-based) of the card shown; 0 shows none. Default 0.
     Q_PROPERTY(int ActiveControl READ activeControl WRITE setActiveControl NOTIFY activeControlChanged)
-    /// Number of cards. Default 0.
+    /// Number of cards. Default 0; set to the number of CTLNames elements
+    /// whenever a list is assigned.
     Q_PROPERTY(int ControlCount READ controlCount WRITE setControlCount)
     /// The cards' objectNames, separated by ";". Default empty.
     Q_PROPERTY(QString CTLNames READ ctlNames WRITE setCtlNames)
@@ -69,6 +70,8 @@ class VxActCtrl : public QWidget, public ControlHooks
     Q_PROPERTY(bool BExtendHeight READ bExtendHeight WRITE setBExtendHeight)
     /// True while the host is being designed rather than run. Default false.
     Q_PROPERTY(bool DesignMode READ designMode WRITE setDesignMode)
+    /// Language switch: when not 0, CTLDisplays is offered for translation. Default 0.
+    Q_PROPERTY(int CTLUseLng READ ctlUseLng WRITE setCtlUseLng)
 
 public:
     explicit VxActCtrl(QWidget *parent = nullptr);
@@ -111,6 +114,8 @@ public:
     void setBExtendHeight(bool on);
     bool designMode() const;
     void setDesignMode(bool on);
+    int ctlUseLng() const;
+    void setCtlUseLng(int use);
 
     /// Per-card values from the split lists (1-based; empty or 0 outside).
     QString controlName(int number) const;
@@ -188,6 +193,7 @@ protected:
     void changeEvent(QEvent *event) override;
     QObject *hooksObject() const override;
     int useLanguage() const override;
+    QList<QPair<QString, LngPropertyType>> lngProperties() const override;
 
 private:
     void ctlUpdate();
@@ -218,6 +224,7 @@ private:
     bool m_extendWidth = false;
     bool m_extendHeight = false;
     bool m_designMode = false;
+    int m_ctlUseLng = 0;
     bool m_terminated = false;
     bool m_arranged = false;
     QPointer<QWidget> m_watchedParent;

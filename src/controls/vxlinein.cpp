@@ -103,6 +103,7 @@ VxLineIn::VxLineIn(QWidget *parent)
 
     m_mem = new LineInputMemo(m_con);
     m_mem->setObjectName(u"mem"_s);
+    m_mem->setTabChangesFocus(true);
 
     m_cmb = new QComboBox(m_con);
     m_cmb->setObjectName(u"cmb2"_s);
@@ -368,6 +369,7 @@ int VxLineIn::controlStyle() const
 void VxLineIn::setControlStyle(int style)
 {
     m_controlStyle = style;
+    setSizePolicy(QSizePolicy::Expanding, style == 2 ? QSizePolicy::Preferred : QSizePolicy::Fixed);
     updateVisibility();
     updateGeometry();
 }
@@ -460,7 +462,7 @@ QString VxLineIn::caption() const
 void VxLineIn::setCaption(const QString &caption)
 {
     m_caption = caption;
-    m_lbl->setText(caption);
+    updateLabelText();
 }
 
 uint VxLineIn::labelForeColor() const
@@ -482,6 +484,7 @@ QFont VxLineIn::labelFont() const
 void VxLineIn::setLabelFont(const QFont &font)
 {
     m_lbl->setFont(font);
+    updateLabelText();
 }
 
 QString VxLineIn::labelAlignment() const
@@ -497,12 +500,13 @@ void VxLineIn::setLabelAlignment(const QString &alignment)
 
 QString VxLineIn::labelToolTip() const
 {
-    return m_lbl->toolTip();
+    return m_labelToolTip;
 }
 
 void VxLineIn::setLabelToolTip(const QString &tip)
 {
-    m_lbl->setToolTip(tip);
+    m_labelToolTip = tip;
+    updateLabelText();
 }
 
 // --- Check box -------------------------------------------------------------
@@ -989,6 +993,17 @@ bool VxLineIn::selectByItemTag(const QString &tag)
     return false;
 }
 
+bool VxLineIn::selectByItemData(int number)
+{
+    for (int i = 0; i < m_cmb->count(); ++i) {
+        if (itemData(i) == number) {
+            setListIndex(i);
+            return true;
+        }
+    }
+    return false;
+}
+
 QString VxLineIn::listFocusItemTag() const
 {
     return itemTag(m_cmb->currentIndex());
@@ -1030,7 +1045,7 @@ void VxLineIn::sendChangeMsg()
 
 void VxLineIn::autoSizeLabel()
 {
-    const int needed = m_lbl->fontMetrics().horizontalAdvance(m_lbl->text()) + 2;
+    const int needed = m_lbl->fontMetrics().horizontalAdvance(m_caption) + 2;
     // Back to 96-DPI pixels, the unit LabelWidth is kept in.
     setLabelWidth(qRound(needed * 96.0 / qMax(1, logicalDpiX())));
 }
@@ -1227,10 +1242,14 @@ void VxLineIn::syncElements(QObject *source)
 {
     const bool wasQuiet = m_quiet;
     m_quiet = true;
+    m_txtValidator->setPassThrough(true);
+    m_txiValidator->setPassThrough(true);
     if (source != m_txt && m_txt->text() != m_text)
         m_txt->setText(m_text);
     if (source != m_txi && m_txi->text() != m_text)
         m_txi->setText(m_text);
+    m_txtValidator->setPassThrough(false);
+    m_txiValidator->setPassThrough(false);
     if (source != m_mem && m_mem->toPlainText() != m_text)
         m_mem->setPlainText(m_text);
     m_anz->setText(m_text);
@@ -1321,6 +1340,17 @@ void VxLineIn::updateButtonFace()
         m_cmd->setText(icon.isNull() ? u"..."_s : QString());
 }
 
+void VxLineIn::updateLabelText()
+{
+    // A caption wider than its column is cut with "…" rather than in the middle
+    // of a letter, and shown whole in the tooltip.
+    const QFontMetrics metrics(m_lbl->font());
+    const int room = m_lbl->width();
+    const bool fits = room <= 0 || metrics.horizontalAdvance(m_caption) <= room;
+    m_lbl->setText(fits ? m_caption : metrics.elidedText(m_caption, Qt::ElideRight, room));
+    m_lbl->setToolTip(m_labelToolTip.isEmpty() && !fits ? m_caption : m_labelToolTip);
+}
+
 void VxLineIn::updateLabelAlignment()
 {
     const QString code = m_labelAlignment.trimmed().left(1).toUpper();
@@ -1352,9 +1382,11 @@ void VxLineIn::relayout()
             m_img->clear();
         x += side + gap;
     }
+    // Beside a multi-line box, label, check box and button keep to its first line.
+    const int sideHeight = m_controlStyle == 2 ? qMin(rowHeight, m_txt->sizeHint().height()) : rowHeight;
     if (m_checkboxShow) {
         const int width = m_chk->sizeHint().width();
-        m_chk->setGeometry(x, top, width, rowHeight);
+        m_chk->setGeometry(x, top, width, sideHeight);
         x += width + gap;
     }
     int labelWidth = scaledPixels(m_labelWidth, this);
@@ -1362,14 +1394,15 @@ void VxLineIn::relayout()
         labelWidth = qMax(0, scaledPixels(m_fixedBlockWidth, this) - (x - blockStart));
     m_lbl->setVisible(labelWidth > 0);
     if (labelWidth > 0) {
-        m_lbl->setGeometry(x, top, labelWidth, rowHeight);
+        m_lbl->setGeometry(x, top, labelWidth, sideHeight);
+        updateLabelText();
         x += labelWidth + gap;
     }
 
     int right = width();
     if (m_buttonShow) {
         const int buttonWidth = scaledPixels(m_buttonWidth, this);
-        m_cmd->setGeometry(right - buttonWidth, top, buttonWidth, rowHeight);
+        m_cmd->setGeometry(right - buttonWidth, top, buttonWidth, sideHeight);
         right -= buttonWidth + gap;
     }
     const QRect element(x, top, qMax(0, right - x), rowHeight);

@@ -69,6 +69,9 @@ class VxLineIn : public QWidget, public ControlHooks
     /// Picture on the button: 0 ButtonPicture (or the caption, or "..."),
     /// 1 folder, 2 open file, 3 save file, 4 clear.
     Q_PROPERTY(int PictureType READ pictureType WRITE setPictureType)
+    /// True (default): font and system colours follow the host. False pins
+    /// them as they are; switching back drops a font or palette set on the
+    /// control itself.
     Q_PROPERTY(bool AutoAmbientChanges READ autoAmbientChanges WRITE setAutoAmbientChanges)
     Q_PROPERTY(bool AppendOleDDFiles READ appendOleDDFiles WRITE setAppendOleDDFiles)
     Q_PROPERTY(bool AllowDDMultiFiles READ allowDDMultiFiles WRITE setAllowDDMultiFiles)
@@ -83,6 +86,7 @@ class VxLineIn : public QWidget, public ControlHooks
     Q_PROPERTY(bool CheckboxShow READ checkboxShow WRITE setCheckboxShow)
     Q_PROPERTY(bool Value READ value WRITE setValue NOTIFY checkBoxChanged)
     // Text elements
+    /// The text of txt, txi, mem and anz (not of the combo box, see comboText()).
     Q_PROPERTY(QString Text READ text WRITE setText NOTIFY change)
     Q_PROPERTY(uint TextForeColor READ textForeColor WRITE setTextForeColor)
     Q_PROPERTY(uint TextBackColor READ textBackColor WRITE setTextBackColor)
@@ -277,6 +281,8 @@ public:
     void setItemTag(int index, const QString &tag);
     /// Selects the first item with this key; false (selection unchanged) when none has it.
     bool selectByItemTag(const QString &tag);
+    /// Selects the first item with this number; false (selection unchanged) when none has it.
+    bool selectByItemData(int number);
     /// The key of the selected item, empty when none is selected.
     QString listFocusItemTag() const;
     /// The combo box's current text (for the editable combo, what is typed).
@@ -365,6 +371,7 @@ private:
     void updateColors();
     void updateButtonFace();
     void updateLabelAlignment();
+    void updateLabelText();
     void relayout();
     bool acceptsFileDrop(const QMimeData *mime) const;
     bool dropFiles(const QMimeData *mime);
@@ -412,6 +419,7 @@ private:
     QString m_caption;
     uint m_labelForeColor = 0x80000012u;
     QString m_labelAlignment;
+    QString m_labelToolTip;
     bool m_checkboxShow = false;
     bool m_value = true;
     QString m_text;

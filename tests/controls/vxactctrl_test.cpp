@@ -12,6 +12,12 @@
 #include "controls/vxinvisiblecont.h"
 
 using namespace Qt::StringLiterals;
+
+// Readable failure messages for text comparisons.
+void PrintTo(const QString &text, std::ostream *out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
 using valtrona::VxActCtrl;
 using valtrona::VxInvisibleCont;
 
@@ -362,6 +368,18 @@ TEST(VxActCtrl, ExtendedCardFollowsTheParentSize)
     host.window.resize(1000, 600);
     EXPECT_EQ(host.cards[0]->width(), 1000 - 2 * px(60));
     EXPECT_EQ(host.cards[0]->height(), 50); // height left alone
+}
+
+TEST(VxActCtrl, TranslatedDisplaysReachTheChooser)
+{
+    Host host;
+    EXPECT_TRUE(host.switcher->ctlEnumAllCaptionsInUCtl().isEmpty());
+    host.switcher->setCtlUseLng(1);
+    const auto captions = host.switcher->ctlEnumAllCaptionsInUCtl();
+    ASSERT_EQ(captions.size(), 1);
+    EXPECT_EQ(captions.at(0).second, u"Quelldateien;Parameter;Bildverarbeitung"_s);
+    EXPECT_TRUE(host.switcher->ctlSetUserControlLanguage(u"CTLDisplays"_s, u"Sources;Settings;Processing"_s));
+    EXPECT_EQ(host.switcher->chooserChoices().at(1).text, u"02 - Settings"_s);
 }
 
 TEST(VxActCtrl, TerminatedSwitcherIgnoresFurtherCalls)
