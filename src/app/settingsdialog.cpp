@@ -1,10 +1,9 @@
 #include "app/settingsdialog.h"
 
 #include <QCloseEvent>
-#include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
-#include <QLabel>
+#include <QPixmap>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -43,7 +42,11 @@ SettingsDialog::SettingsDialog(QString settingsPath, std::shared_ptr<UserDialogs
 {
     setObjectName(QStringLiteral("B_CFG"));
     setWindowTitle(QStringLiteral("Konfiguration..."));
-    setWindowIcon(QIcon());
+    // No window icon of its own: a null icon would fall back to the
+    // application's, so the dialog gets a transparent one.
+    QPixmap noIcon(16, 16);
+    noIcon.fill(Qt::transparent);
+    setWindowIcon(QIcon(noIcon));
     setWindowFlag(Qt::WindowContextHelpButtonHint, false);
 
     auto *layout = new QVBoxLayout(this);
