@@ -577,6 +577,18 @@ TEST_F(MainWindowTest, DropAddsRowsButLeavesTheCountLabel)
     EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("Keine Bilder"));
 }
 
+TEST_F(MainWindowTest, SchliessenEndsTheProgramWithoutAskingOrSaving)
+{
+    auto window = open();
+    const QByteArray before = test::readAll(settingsFile);
+    line(*window, "txtB")->setText(QStringLiteral("4711"));
+    click(*window, "cmdOK");
+    EXPECT_EQ(quits, 1);
+    EXPECT_TRUE(window->isHidden());
+    EXPECT_TRUE(dialogs->shown.isEmpty());
+    EXPECT_EQ(test::readAll(settingsFile), before); // nothing is saved on exit
+}
+
 TEST_F(MainWindowTest, FailedImagingStartSaysSoAndStops)
 {
     auto window = open([] { return false; });
