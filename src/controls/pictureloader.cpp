@@ -5,6 +5,33 @@
 
 namespace valtrona {
 
+namespace {
+
+// Qt refuses pictures above 128 MB by default, which a 40-megapixel photo
+// read whole (for the clipboard or a save) already exceeds. Reads of this
+// loader may take up to 1 GB; larger pictures stay refused.
+constexpr int readLimitMegabytes = 1024;
+
+// Raises Qt's process-wide image allocation limit for one read.
+class AllocationLimitScope
+{
+public:
+    AllocationLimitScope()
+        : m_previous(QImageReader::allocationLimit())
+    {
+        if (m_previous != 0 && m_previous < readLimitMegabytes)
+            QImageReader::setAllocationLimit(readLimitMegabytes);
+    }
+    ~AllocationLimitScope() { QImageReader::setAllocationLimit(m_previous); }
+    AllocationLimitScope(const AllocationLimitScope &) = delete;
+    AllocationLimitScope &operator=(const AllocationLimitScope &) = delete;
+
+private:
+    int m_previous;
+};
+
+} // namespace
+
 PictureLoader::~PictureLoader() = default;
 
 LoadedPicture QtPictureLoader::load(const QString &path, const ShownSizeFunction &shownSize)
@@ -42,7 +69,10 @@ LoadedPicture QtPictureLoader::read(QImageReader &reader, const ShownSizeFunctio
     }
 
     LoadedPicture picture;
-    picture.image = reader.read();
+    {
+        const AllocationLimitScope limit;
+        picture.image = reader.read();
+    }
     if (picture.image.isNull())
         return {};
     picture.ownSize = upright.isValid() ? upright : picture.image.size();
