@@ -37,12 +37,22 @@ Qt::Alignment captionAlignment(int horizontal, int vertical)
     return flags;
 }
 
+double luminance(const QColor &color)
+{
+    return 0.299 * color.redF() + 0.587 * color.greenF() + 0.114 * color.blueF();
+}
+
 // Black or white, whichever reads better on `background`.
 QColor contrastingText(const QColor &background)
 {
-    const double luminance = 0.299 * background.redF() + 0.587 * background.greenF()
-                             + 0.114 * background.blueF();
-    return luminance > 0.55 ? QColor(Qt::black) : QColor(Qt::white);
+    return luminance(background) > 0.55 ? QColor(Qt::black) : QColor(Qt::white);
+}
+
+// `text` unless it would all but vanish on `background` (a light system
+// text colour of a dark palette on the white caption area, say).
+QColor readableOn(const QColor &text, const QColor &background)
+{
+    return qAbs(luminance(text) - luminance(background)) < 0.35 ? contrastingText(background) : text;
 }
 
 QPainterPath ringPath(const QRect &outer, const QRect &inner)
@@ -69,10 +79,25 @@ struct VxCont::Layout
 VxCont::VxCont(QWidget *parent)
     : QWidget(parent)
 {
-    setAttribute(Qt::WA_OpaquePaintEvent, false);
+    refreshFrame();
 }
 
 VxCont::~VxCont() = default;
+
+void VxCont::refreshFrame()
+{
+    // Layouts set on the container keep their widgets in the work area.
+    const QRect work = computeLayout().work;
+    setContentsMargins(qMax(0, work.left()), qMax(0, work.top()), qMax(0, width() - 1 - work.right()),
+                       qMax(0, height() - 1 - work.bottom()));
+    update();
+}
+
+void VxCont::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    refreshFrame();
+}
 
 int VxCont::controlStyle() const
 {
@@ -84,7 +109,7 @@ void VxCont::setControlStyle(int value)
     if (m_controlStyle == value)
         return;
     m_controlStyle = value;
-    update();
+    refreshFrame();
 }
 
 bool VxCont::frameOuter() const
@@ -97,7 +122,7 @@ void VxCont::setFrameOuter(bool value)
     if (m_frameOuter == value)
         return;
     m_frameOuter = value;
-    update();
+    refreshFrame();
 }
 
 bool VxCont::frameInner() const
@@ -110,7 +135,7 @@ void VxCont::setFrameInner(bool value)
     if (m_frameInner == value)
         return;
     m_frameInner = value;
-    update();
+    refreshFrame();
 }
 
 int VxCont::frameWidth() const
@@ -123,7 +148,7 @@ void VxCont::setFrameWidth(int value)
     if (m_frameWidth == value)
         return;
     m_frameWidth = value;
-    update();
+    refreshFrame();
 }
 
 int VxCont::borderStyle() const
@@ -136,7 +161,7 @@ void VxCont::setBorderStyle(int value)
     if (m_borderStyle == value)
         return;
     m_borderStyle = value;
-    update();
+    refreshFrame();
 }
 
 int VxCont::borderWidth() const
@@ -149,7 +174,7 @@ void VxCont::setBorderWidth(int value)
     if (m_borderWidth == value)
         return;
     m_borderWidth = value;
-    update();
+    refreshFrame();
 }
 
 int VxCont::outerOffset() const
@@ -162,7 +187,7 @@ void VxCont::setOuterOffset(int value)
     if (m_outerOffset == value)
         return;
     m_outerOffset = value;
-    update();
+    refreshFrame();
 }
 
 bool VxCont::lightBorders() const
@@ -175,7 +200,7 @@ void VxCont::setLightBorders(bool value)
     if (m_lightBorders == value)
         return;
     m_lightBorders = value;
-    update();
+    refreshFrame();
 }
 
 int VxCont::alignment() const
@@ -188,7 +213,7 @@ void VxCont::setAlignment(int value)
     if (m_alignment == value)
         return;
     m_alignment = value;
-    update();
+    refreshFrame();
 }
 
 int VxCont::alignmentVertical() const
@@ -201,7 +226,7 @@ void VxCont::setAlignmentVertical(int value)
     if (m_alignmentVertical == value)
         return;
     m_alignmentVertical = value;
-    update();
+    refreshFrame();
 }
 
 uint VxCont::foreColor() const
@@ -214,7 +239,7 @@ void VxCont::setForeColor(uint value)
     if (m_foreColor == value)
         return;
     m_foreColor = value;
-    update();
+    refreshFrame();
 }
 
 uint VxCont::floodColor() const
@@ -227,7 +252,7 @@ void VxCont::setFloodColor(uint value)
     if (m_floodColor == value)
         return;
     m_floodColor = value;
-    update();
+    refreshFrame();
 }
 
 uint VxCont::backColor() const
@@ -240,7 +265,7 @@ void VxCont::setBackColor(uint value)
     if (m_backColor == value)
         return;
     m_backColor = value;
-    update();
+    refreshFrame();
 }
 
 bool VxCont::wordWrap() const
@@ -253,7 +278,7 @@ void VxCont::setWordWrap(bool value)
     if (m_wordWrap == value)
         return;
     m_wordWrap = value;
-    update();
+    refreshFrame();
 }
 
 bool VxCont::useMnemonic() const
@@ -266,7 +291,7 @@ void VxCont::setUseMnemonic(bool value)
     if (m_useMnemonic == value)
         return;
     m_useMnemonic = value;
-    update();
+    refreshFrame();
 }
 
 int VxCont::backStyle() const
@@ -279,7 +304,7 @@ void VxCont::setBackStyle(int value)
     if (m_backStyle == value)
         return;
     m_backStyle = value;
-    update();
+    refreshFrame();
 }
 
 QString VxCont::captionFrame() const
@@ -292,7 +317,7 @@ void VxCont::setCaptionFrame(const QString &value)
     if (m_captionFrame == value)
         return;
     m_captionFrame = value;
-    update();
+    refreshFrame();
 }
 
 uint VxCont::frameForeColor() const
@@ -305,7 +330,7 @@ void VxCont::setFrameForeColor(uint value)
     if (m_frameForeColor == value)
         return;
     m_frameForeColor = value;
-    update();
+    refreshFrame();
 }
 
 bool VxCont::showBorderShape() const
@@ -318,7 +343,7 @@ void VxCont::setShowBorderShape(bool value)
     if (m_showBorderShape == value)
         return;
     m_showBorderShape = value;
-    update();
+    refreshFrame();
 }
 
 int VxCont::topOffset() const
@@ -331,7 +356,7 @@ void VxCont::setTopOffset(int value)
     if (m_topOffset == value)
         return;
     m_topOffset = value;
-    update();
+    refreshFrame();
 }
 
 int VxCont::workHeight() const
@@ -344,7 +369,7 @@ void VxCont::setWorkHeight(int value)
     if (m_workHeight == value)
         return;
     m_workHeight = value;
-    update();
+    refreshFrame();
 }
 
 uint VxCont::windowColor() const
@@ -357,7 +382,7 @@ void VxCont::setWindowColor(uint value)
     if (m_windowColor == value)
         return;
     m_windowColor = value;
-    update();
+    refreshFrame();
 }
 
 uint VxCont::shadowColor() const
@@ -370,7 +395,7 @@ void VxCont::setShadowColor(uint value)
     if (m_shadowColor == value)
         return;
     m_shadowColor = value;
-    update();
+    refreshFrame();
 }
 
 int VxCont::shadowOffset() const
@@ -383,7 +408,7 @@ void VxCont::setShadowOffset(int value)
     if (m_shadowOffset == value)
         return;
     m_shadowOffset = value;
-    update();
+    refreshFrame();
 }
 
 int VxCont::shadowSize() const
@@ -396,7 +421,7 @@ void VxCont::setShadowSize(int value)
     if (m_shadowSize == value)
         return;
     m_shadowSize = value;
-    update();
+    refreshFrame();
 }
 
 QString VxCont::captionText() const
@@ -409,7 +434,7 @@ void VxCont::setCaptionText(const QString &value)
     if (m_captionText == value)
         return;
     m_captionText = value;
-    update();
+    refreshFrame();
 }
 
 uint VxCont::foreColorText() const
@@ -422,7 +447,7 @@ void VxCont::setForeColorText(uint value)
     if (m_foreColorText == value)
         return;
     m_foreColorText = value;
-    update();
+    refreshFrame();
 }
 
 int VxCont::rasterDistance() const
@@ -435,7 +460,7 @@ void VxCont::setRasterDistance(int value)
     if (m_rasterDistance == value)
         return;
     m_rasterDistance = value;
-    update();
+    refreshFrame();
 }
 
 double VxCont::rasterFaktor() const
@@ -448,7 +473,7 @@ void VxCont::setRasterFaktor(double value)
     if (m_rasterFaktor == value)
         return;
     m_rasterFaktor = value;
-    update();
+    refreshFrame();
 }
 
 int VxCont::seperatorOffset() const
@@ -461,7 +486,7 @@ void VxCont::setSeperatorOffset(int value)
     if (m_seperatorOffset == value)
         return;
     m_seperatorOffset = value;
-    update();
+    refreshFrame();
 }
 
 bool VxCont::caBorderStyle() const
@@ -474,7 +499,7 @@ void VxCont::setCaBorderStyle(bool value)
     if (m_caBorderStyle == value)
         return;
     m_caBorderStyle = value;
-    update();
+    refreshFrame();
 }
 
 uint VxCont::caBorderColor() const
@@ -487,7 +512,7 @@ void VxCont::setCaBorderColor(uint value)
     if (m_caBorderColor == value)
         return;
     m_caBorderColor = value;
-    update();
+    refreshFrame();
 }
 
 uint VxCont::caColor() const
@@ -500,7 +525,7 @@ void VxCont::setCaColor(uint value)
     if (m_caColor == value)
         return;
     m_caColor = value;
-    update();
+    refreshFrame();
 }
 
 int VxCont::designIndexDisplayStyle() const
@@ -513,7 +538,7 @@ void VxCont::setDesignIndexDisplayStyle(int value)
     if (m_designIndexDisplayStyle == value)
         return;
     m_designIndexDisplayStyle = value;
-    update();
+    refreshFrame();
 }
 
 int VxCont::floodOffset() const
@@ -526,7 +551,7 @@ void VxCont::setFloodOffset(int value)
     if (m_floodOffset == value)
         return;
     m_floodOffset = value;
-    update();
+    refreshFrame();
 }
 
 bool VxCont::floodShowPercent() const
@@ -539,7 +564,7 @@ void VxCont::setFloodShowPercent(bool value)
     if (m_floodShowPercent == value)
         return;
     m_floodShowPercent = value;
-    update();
+    refreshFrame();
 }
 
 int VxCont::ctlUseLng() const
@@ -552,7 +577,7 @@ void VxCont::setCtlUseLng(int value)
     if (m_ctlUseLng == value)
         return;
     m_ctlUseLng = value;
-    update();
+    refreshFrame();
 }
 
 QString VxCont::caption() const
@@ -565,7 +590,7 @@ void VxCont::setCaption(const QString &value)
     if (m_caption == value)
         return;
     m_caption = value;
-    update();
+    refreshFrame();
 }
 
 QString VxCont::captionStored() const
@@ -586,7 +611,7 @@ QFont VxCont::fontFlood() const
 void VxCont::setFontFlood(const QFont &value)
 {
     m_fontFlood = value;
-    update();
+    refreshFrame();
 }
 
 QFont VxCont::fontFrame() const
@@ -597,7 +622,7 @@ QFont VxCont::fontFrame() const
 void VxCont::setFontFrame(const QFont &value)
 {
     m_fontFrame = value;
-    update();
+    refreshFrame();
 }
 
 QFont VxCont::fontText() const
@@ -608,7 +633,7 @@ QFont VxCont::fontText() const
 void VxCont::setFontText(const QFont &value)
 {
     m_fontText = value;
-    update();
+    refreshFrame();
 }
 
 QPixmap VxCont::picture() const
@@ -619,7 +644,7 @@ QPixmap VxCont::picture() const
 void VxCont::setPicture(const QPixmap &value)
 {
     m_picture = value;
-    update();
+    refreshFrame();
 }
 
 QPixmap VxCont::pictureBack() const
@@ -630,7 +655,7 @@ QPixmap VxCont::pictureBack() const
 void VxCont::setPictureBack(const QPixmap &value)
 {
     m_pictureBack = value;
-    update();
+    refreshFrame();
 }
 
 QPixmap VxCont::floodBackImage() const
@@ -941,7 +966,7 @@ void VxCont::paintEvent(QPaintEvent *)
             painter.setPen(color(m_caBorderColor));
             painter.drawRect(layout.captionArea.adjusted(0, 0, -1, -1));
         }
-        paintCaption(painter, layout.captionArea);
+        paintCaption(painter, layout.captionArea, color(m_caColor));
     }
 
     if (!m_picture.isNull()) {
@@ -967,7 +992,7 @@ void VxCont::paintEvent(QPaintEvent *)
     }
 }
 
-void VxCont::paintCaption(QPainter &painter, const QRect &area) const
+void VxCont::paintCaption(QPainter &painter, const QRect &area, std::optional<QColor> background) const
 {
     if (m_caption.isEmpty())
         return;
@@ -977,7 +1002,8 @@ void VxCont::paintCaption(QPainter &painter, const QRect &area) const
     if (m_useMnemonic)
         flags |= Qt::TextShowMnemonic;
     painter.setFont(font());
-    painter.setPen(textColor(m_foreColor));
+    const QColor text = textColor(m_foreColor);
+    painter.setPen(background && isEnabled() ? readableOn(text, *background) : text);
     painter.drawText(area.adjusted(textPadding, textPadding, -textPadding, -textPadding), flags, m_caption);
 }
 
@@ -1046,6 +1072,8 @@ void VxCont::changeEvent(QEvent *event)
     switch (event->type()) {
     case QEvent::PaletteChange:
     case QEvent::FontChange:
+        refreshFrame();
+        break;
     case QEvent::EnabledChange:
         update();
         break;

@@ -214,7 +214,8 @@ public:
     void setFloodClock(FloodClock clock);
 
     /// The rectangle inside border, frame, TopOffset and WorkHeight in
-    /// which the caption, the flood and child widgets belong.
+    /// which the caption, the flood and child widgets belong. The contents
+    /// margins follow it, so a layout set on the container fills it.
     QRect workArea() const;
 
     QString ctlClassName() const;
@@ -237,8 +238,10 @@ Q_SIGNALS:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void changeEvent(QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
+    void refreshFrame();
     struct Layout;
     Layout computeLayout() const;
     void updateFlood(bool force);
@@ -246,7 +249,8 @@ private:
     QColor color(quint32 value) const;
     QColor textColor(quint32 value) const;
     void paintFlood(QPainter &painter, const QRect &bar) const;
-    void paintCaption(QPainter &painter, const QRect &area) const;
+    void paintCaption(QPainter &painter, const QRect &area,
+                      std::optional<QColor> background = std::nullopt) const;
 
     int m_controlStyle = 0;
     bool m_frameOuter = true;
