@@ -1,0 +1,127 @@
+#include "batch/naming.h"
+
+#include "core/fileservices.h"
+
+#include <algorithm>
+
+namespace valtrona {
+
+namespace {
+
+// The part of a target that comes from the source, made safe to append
+// below the target directory: "\" read as "/", empty and "." components
+// dropped, ".." made a plain name, so it can never climb out.
+QString confinedRelativePath(const QString &rel)
+{
+    QString normalized = rel;
+    normalized.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    const QStringList parts = normalized.split(QLatin1Char('/'));
+    QStringList kept;
+    kept.reserve(parts.size());
+    for (const QString &part : parts) {
+        if (part.isEmpty() || part == u".")
+            continue;
+        kept.append(part == u".." ? QStringLiteral("_..") : part);
+    }
+    return kept.join(QLatin1Char('/'));
+}
+
+// A file name that cannot name another directory.
+QString confinedFileName(QString name)
+{
+    for (QChar &c : name) {
+        if (files::isSeparator(c) || c == QChar(0))
+            c = QLatin1Char('_');
+    }
+    if (name.isEmpty() || name == u"." || name == u"..")
+        name.prepend(QLatin1Char('_'));
+    return name;
+}
+
+bool sameLetter(QChar a, QChar b)
+{
+    return a == b || QString(a).toUpper() == QString(b).toUpper();
+}
+
+} // namespace
+
+QString commonBaseDirectory(const QStringList &sourcePaths)
+{
+    QString base;
+    bool first = true;
+    for (const QString &source : sourcePaths) {
+        const QString dir = files::addTrailingSeparator(files::directoryPart(source));
+        if (first) {
+            base = dir;
+            first = false;
+        }
+        // Letter by letter: upper-casing a whole string may change its
+        // length ("ß" gives "SS") and so shift the positions.
+        qsizetype n = 0;
+        const qsizetype limit = std::min(base.size(), dir.size());
+        while (n < limit && sameLetter(base.at(n), dir.at(n)))
+            ++n;
+        // Never cut between the two halves of a surrogate pair.
+        if (n > 0 && n < dir.size() && dir.at(n - 1).isHighSurrogate())
+            --n;
+        base = n > 0 ? dir.left(n) : QString();
+        if (base.isEmpty())
+            break;
+    }
+    return base;
+}
+
+QString targetExtension(const QString &formatCode)
+{
+    const QString code = formatCode.toUpper();
+    if (code == u"J")
+        return QStringLiteral(".jpg");
+    if (code == u"P")
+        return QStringLiteral(".png");
+    return {};
+}
+
+QString composeTargetPath(const QString &targetDirectory, const QString &commonBase,
+                          const QString &sourcePath, bool keepDirectoryStructure,
+                          const QString &formatCode)
+{
+    QString rel = sourcePath;
+    if (!keepDirectoryStructure && !commonBase.isEmpty()
+        && rel.startsWith(commonBase, Qt::CaseInsensitive)) {
+        rel = rel.mid(commonBase.size());
+    }
+    rel.remove(QLatin1Char(':'));
+    rel = confinedRelativePath(rel);
+
+    const QString stem = files::stripExtension(rel);
+    QString name = files::fileNamePart(stem);
+    const QString dir = stem.left(stem.size() - name.size());
+    name = confinedFileName(name + targetExtension(formatCode));
+    return files::addTrailingSeparator(targetDirectory) + dir + name;
+}
+
+QString targetPath(const QString &targetDirectory, const QString &commonBase,
+                   const QString &sourcePath, bool keepDirectoryStructure,
+                   const QString &formatCode)
+{
+    const QString target = composeTargetPath(targetDirectory, commonBase, sourcePath,
+                                             keepDirectoryStructure, formatCode);
+    files::createDirectoryChain(files::directoryPart(target));
+    return target;
+}
+
+QString renameTarget(const QString &target, const QString &search, const QString &replacement)
+{
+    if (search.isEmpty())
+        return target;
+    // A bare file name has no directory to keep (directoryPart would
+    // return the name itself).
+    const qsizetype nameLength = files::fileNamePart(target).size();
+    const QString dir = target.left(target.size() - nameLength);
+    QString name = files::baseName(target);
+    files::replaceAll(name, search, replacement, Qt::CaseInsensitive);
+    const QString fileName = name + QLatin1Char('.') + files::extensionPart(target);
+    return dir + confinedFileName(fileName);
+}
+
+} // namespace valtrona

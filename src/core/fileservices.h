@@ -1,0 +1,182 @@
+#pragma once
+
+// Stateless path and file services shared by the target naming, the
+// conversion run and the source list. Nothing here throws or shows a
+// message: every call reports through its result.
+//
+// Path text is taken apart at both "\" and "/"; the separator this build adds
+// is "/". The names follow the program's file-service vocabulary:
+//
+//   AddBackslash            addTrailingSeparator
+//   RemoveTrailingSeparator removeTrailingSeparator
+//   FileNamePart            fileNamePart
+//   BaseName                baseName
+//   DirectoryPart           directoryPart
+//   ExtensionPart           extensionPart
+//   StripExtension          stripExtension
+//   TrimControlChars        trimControlChars
+//   ReplaceAll, ReplaceFirst replaceAll, replaceFirst
+//   FileExists, DirExists, DirExistsNonEmpty   fileExists, dirExists, dirExistsNonEmpty
+//   ReadFileText, WriteFileText                readFileText, writeFileText
+//   CreateDirectoryChain    createDirectoryChain
+//   SetFileTimes            setFileTimes (DateToFileTime is QDateTime's job)
+//   ListFiles               listFiles
+//   DeleteToRecycleBin      deleteToRecycleBin, moveToTrash (core/trash.h)
+
+#include "core/expected.h"
+
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
+
+#include <atomic>
+
+namespace valtrona::files {
+
+/// Why a file operation failed; `message` is a technical English text for logs.
+struct FileError
+{
+    enum class Code {
+        NotFound,       ///< the source or start directory does not exist
+        OpenFailed,     ///< a file could not be opened for reading or writing
+        ReadFailed,
+        WriteFailed,
+        CommitFailed,   ///< the finished temporary file could not be renamed into place
+    };
+    Code code = Code::NotFound;
+    QString message;
+};
+
+// ---- Path text (no file-system access) ------------------------------------
+
+/// True for "/" and "\".
+bool isSeparator(QChar c);
+
+/// The path trimmed of leading and trailing blanks, with "/" appended unless
+/// it is empty or already ends in "/" or "\".
+QString addTrailingSeparator(const QString &path);
+
+/// Drops one trailing "/" or "\" when the path is longer than one character.
+QString removeTrailingSeparator(const QString &path);
+
+/// The text after the last separator (the whole path when it has none);
+/// with `dropTrailingSeparator`, a trailing separator is removed first.
+QString fileNamePart(const QString &path, bool dropTrailingSeparator = false);
+
+/// The file name without directory and without everything from its last ".".
+/// "a.b.jpg" gives "a.b"; a point in a directory name is never taken.
+QString baseName(const QString &path);
+
+/// The text before the last separator. A path without separator is returned
+/// unchanged (not empty).
+QString directoryPart(const QString &path);
+
+/// The extension without its ".", empty when the file name has no ".".
+QString extensionPart(const QString &path);
+
+/// The path without the extension of its file name (the "." is removed too).
+QString stripExtension(const QString &path);
+
+enum TrimMode { TrimLeading = 1, TrimTrailing = 2, TrimBoth = 3 };
+
+/// Removes characters with codes 0 to 32 at the start (mode bit 1) and/or
+/// at the end (mode bit 2).
+QString trimControlChars(const QString &text, int mode);
+
+/// Replaces every occurrence of `find` in `text`, left to right, resuming
+/// after the inserted replacement (so a replacement that contains `find`
+/// does not loop). An empty `find` replaces nothing. Returns the count.
+int replaceAll(QString &text, const QString &find, const QString &replacement,
+               Qt::CaseSensitivity cs = Qt::CaseSensitive);
+
+/// Replaces only the first occurrence; returns 0 or 1.
+int replaceFirst(QString &text, const QString &find, const QString &replacement,
+                 Qt::CaseSensitivity cs = Qt::CaseSensitive);
+
+// ---- File-system queries ---------------------------------------------------
+
+/// False for "" and "."; otherwise true when the path names any entry (file,
+/// directory, even a dangling link). A "*" or "?" in the file name part is a
+/// mask matched case-insensitively, so "dir/*.jpg" is true when one matches.
+bool fileExists(const QString &path);
+
+/// True when the path (a trailing separator allowed) is a directory.
+bool dirExists(const QString &path);
+
+/// False for an empty path, else dirExists().
+bool dirExistsNonEmpty(const QString &path);
+
+// ---- File contents ---------------------------------------------------------
+
+/// Reads the whole file as local 8-bit text (UTF-8 here) into `text` and
+/// returns its length; returns 0 and leaves `text` alone when it can't be read.
+qsizetype readFileText(const QString &path, QString &text);
+
+/// Replaces the file's content with `text` (UTF-8) through a temporary file
+/// and rename; returns fileExists(path) afterwards.
+bool writeFileText(const QString &path, const QString &text);
+
+/// Copies `source` to `target` byte for byte: streamed in chunks into a
+/// temporary file beside the target, renamed into place on success, so the
+/// target is never left half-written. When both name the same file (also
+/// through a link), nothing is written and the call succeeds.
+Expected<void, FileError> copyFileAtomically(const QString &source, const QString &target);
+
+// ---- Directories and file times -------------------------------------------
+
+/// Creates the directory and every missing level above it ("\" counts as a
+/// separator and becomes "/"); failures on the way are ignored. Returns
+/// whether the directory exists at the end.
+bool createDirectoryChain(const QString &path);
+
+enum FileTimeSelect { CreationTime = 1, LastAccessTime = 2, LastWriteTime = 4 };
+
+/// Sets the selected times (bits of FileTimeSelect; 0 means LastWriteTime) of
+/// a file or directory to `time`; its time spec says whether it is local or
+/// UTC. The creation time cannot be set on Linux and is skipped; a request
+/// for it alone returns false. True only when the times were set.
+bool setFileTimes(const QString &path, const QDateTime &time, int which = LastWriteTime);
+
+// ---- Directory walk --------------------------------------------------------
+
+enum class ListSort {
+    None,               ///< the walk's own order
+    ByPath,             ///< ascending by path, ignoring letter case first
+    ByModificationTime, ///< ascending by last write time
+};
+
+struct ListFilesOptions
+{
+    /// Matched against entry names ignoring case; "*.*" and "*" match every name.
+    QString mask = QStringLiteral("*.*");
+    bool recurse = false;
+    bool collectFiles = true;
+    bool collectDirectories = false;
+    /// Hidden (dot) entries are collected and descended into.
+    bool includeHidden = true;
+    ListSort sort = ListSort::None;
+    /// Let pending events run once per directory visited.
+    bool processEvents = true;
+    /// While this flag is set, no further directory is visited.
+    const std::atomic_bool *cancel = nullptr;
+};
+
+struct ListFilesResult
+{
+    QStringList files;        ///< full paths, "/"-joined below the start directory
+    QStringList directories;  ///< full paths with a trailing "/"
+    bool cancelled = false;
+};
+
+/// Walks `directory`. In each directory entries come in name order (ignoring
+/// case). Without recursion, or with the mask "*.*", matching entries are
+/// collected and subdirectories descended into as they are met; with
+/// recursion and another mask, a directory's matching files come first, then
+/// its subdirectories are walked. "." and ".." are never taken, a directory
+/// reached twice (a link loop or a second link to it) is walked only once,
+/// and dangling links are skipped. Fails with NotFound when `directory` is
+/// not a directory.
+Expected<ListFilesResult, FileError> listFiles(const QString &directory,
+                                               const ListFilesOptions &options = {});
+
+} // namespace valtrona::files

@@ -1,0 +1,638 @@
+#include "core/inifile.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QSaveFile>
+#include <QStringDecoder>
+#include <QStringEncoder>
+
+#include <limits>
+
+namespace valtrona {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// ---------------------------------------------------------------------------
+// Bytes and text
+
+constexpr QByteArrayView utf8Bom("\xEF\xBB\xBF");
+
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t' || c == '\v' || c == '\f' || c == '\r' || c == '\n';
+}
+
+QByteArrayView trimmedView(QByteArrayView text)
+{
+    qsizetype begin = 0;
+    qsizetype end = text.size();
+    while (begin < end && isBlank(text.at(begin)))
+        ++begin;
+    while (end > begin && isBlank(text.at(end - 1)))
+        --end;
+    return text.sliced(begin, end - begin);
+}
+
+bool isValidUtf8(QByteArrayView bytes)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    const QString ignored = decoder.decode(bytes);
+    return !decoder.hasError();
+}
+
+// Names are matched like the platform's profile functions match them:
+// trimmed, ignoring case.
+bool sameName(const QString &a, const QString &b)
+{
+    return a.trimmed().compare(b.trimmed(), Qt::CaseInsensitive) == 0;
+}
+
+bool hasLineBreak(const QString &text)
+{
+    return text.contains(u'\r') || text.contains(u'\n');
+}
+
+// ---------------------------------------------------------------------------
+// Lines of a document
+
+struct Line
+{
+    qsizetype start = 0;      // first byte of the line (after a BOM on line 1)
+    qsizetype contentEnd = 0; // end of the content, before the line break
+    qsizetype end = 0;        // after the line break
+};
+
+enum class LineKind { Blank, Header, Comment, Key, Other };
+
+QList<Line> splitLines(const QByteArray &bytes)
+{
+    QList<Line> lines;
+    const qsizetype n = bytes.size();
+    qsizetype i = bytes.startsWith(utf8Bom) ? utf8Bom.size() : 0;
+    while (i < n) {
+        Line line;
+        line.start = i;
+        while (i < n && bytes.at(i) != '\r' && bytes.at(i) != '\n')
+            ++i;
+        line.contentEnd = i;
+        if (i < n) {
+            if (bytes.at(i) == '\r' && i + 1 < n && bytes.at(i + 1) == '\n')
+                i += 2;
+            else
+                ++i;
+        }
+        line.end = i;
+        lines.append(line);
+    }
+    return lines;
+}
+
+// A parsed view of a document: its lines and how the text is encoded.
+class Parsed
+{
+public:
+    explicit Parsed(const QByteArray &bytes)
+        : m_bytes(bytes), m_lines(splitLines(bytes)), m_utf8(isValidUtf8(bytes))
+    {
+    }
+
+    const QList<Line> &lines() const { return m_lines; }
+    bool isUtf8() const { return m_utf8; }
+
+    QByteArrayView content(const Line &line) const
+    {
+        return QByteArrayView(m_bytes).sliced(line.start, line.contentEnd - line.start);
+    }
+
+    QString decode(QByteArrayView bytes) const
+    {
+        return m_utf8 ? QString::fromUtf8(bytes) : QString::fromLatin1(bytes);
+    }
+
+    LineKind kind(const Line &line) const
+    {
+        const QByteArrayView text = trimmedView(content(line));
+        if (text.isEmpty())
+            return LineKind::Blank;
+        if (text.front() == '[')
+            return LineKind::Header;
+        if (text.front() == ';')
+            return LineKind::Comment;
+        return text.contains('=') ? LineKind::Key : LineKind::Other;
+    }
+
+    // "[ name ] trailing" -> "name"; no "]": the rest of the line.
+    QString headerName(const Line &line) const
+    {
+        QByteArrayView text = trimmedView(content(line)).sliced(1);
+        const qsizetype close = text.indexOf(']');
+        if (close >= 0)
+            text = text.first(close);
+        return decode(trimmedView(text));
+    }
+
+    // A key line's name: the text before the first "=", or the whole line.
+    QString keyName(const Line &line) const
+    {
+        const QByteArrayView text = content(line);
+        const qsizetype eq = text.indexOf('=');
+        return decode(trimmedView(eq >= 0 ? text.first(eq) : text));
+    }
+
+    // Byte range of a key line's value, trimmed; empty range at the end of
+    // the content when the line has no "=".
+    std::pair<qsizetype, qsizetype> valueRange(const Line &line) const
+    {
+        const QByteArrayView text = content(line);
+        const qsizetype eq = text.indexOf('=');
+        if (eq < 0)
+            return {line.contentEnd, line.contentEnd};
+        qsizetype begin = line.start + eq + 1;
+        qsizetype end = line.contentEnd;
+        while (begin < end && isBlank(m_bytes.at(begin)))
+            ++begin;
+        while (end > begin && isBlank(m_bytes.at(end - 1)))
+            --end;
+        return {begin, end};
+    }
+
+    QString rawValue(const Line &line) const
+    {
+        const auto [begin, end] = valueRange(line);
+        return decode(QByteArrayView(m_bytes).sliced(begin, end - begin));
+    }
+
+    // Index of the first header with that name, or -1.
+    qsizetype findSection(const QString &section) const
+    {
+        for (qsizetype i = 0; i < m_lines.size(); ++i) {
+            if (kind(m_lines.at(i)) == LineKind::Header && sameName(headerName(m_lines.at(i)), section))
+                return i;
+        }
+        return -1;
+    }
+
+    // One past the last line of the section whose header is at `header`.
+    qsizetype sectionEnd(qsizetype header) const
+    {
+        qsizetype i = header + 1;
+        while (i < m_lines.size() && kind(m_lines.at(i)) != LineKind::Header)
+            ++i;
+        return i;
+    }
+
+    // Index of the first line in the section naming the key, or -1.
+    qsizetype findKey(qsizetype header, const QString &key) const
+    {
+        const qsizetype end = sectionEnd(header);
+        for (qsizetype i = header + 1; i < end; ++i) {
+            const LineKind k = kind(m_lines.at(i));
+            if ((k == LineKind::Key || k == LineKind::Other) && sameName(keyName(m_lines.at(i)), key))
+                return i;
+        }
+        return -1;
+    }
+
+    // The line break to use for a line inserted after `line`.
+    QByteArray lineBreakAfter(const Line &line) const
+    {
+        if (line.end > line.contentEnd)
+            return m_bytes.sliced(line.contentEnd, line.end - line.contentEnd);
+        for (const Line &other : m_lines) {
+            if (other.end > other.contentEnd)
+                return m_bytes.sliced(other.contentEnd, other.end - other.contentEnd);
+        }
+        return "\r\n"_ba;
+    }
+
+private:
+    const QByteArray &m_bytes;
+    QList<Line> m_lines;
+    bool m_utf8;
+};
+
+// A value is stored so that reading it back gives exactly the same text:
+// surrounding blanks or a pair of surrounding quotes would be lost on the
+// read, so such a value gets one pair of quotes of its own.
+QString storedValue(const QString &value)
+{
+    if (value.isEmpty())
+        return value;
+    const bool blankEdge = value.front().isSpace() || value.back().isSpace()
+        || value.front().unicode() < 32 || value.back().unicode() < 32;
+    const bool quoted = value.size() >= 2 && value.front() == u'"' && value.back() == u'"';
+    if (blankEdge || quoted)
+        return u'"' + value + u'"';
+    return value;
+}
+
+QString unquoted(const QString &value)
+{
+    if (value.size() >= 2 && value.front() == u'"' && value.back() == u'"')
+        return value.sliced(1, value.size() - 2);
+    return value;
+}
+
+// ---------------------------------------------------------------------------
+// Files
+
+enum class FileState { Missing, Read, Unreadable };
+
+struct FileBytes
+{
+    FileState state = FileState::Missing;
+    QByteArray bytes;
+};
+
+FileBytes readFile(const QString &path)
+{
+    QFileInfo info(path);
+    if (path.isEmpty() || (!info.exists() && !info.isSymLink()))
+        return {FileState::Missing, {}};
+    if (!info.isFile() || info.size() > iniMaxFileSize)
+        return {FileState::Unreadable, {}};
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {FileState::Unreadable, {}};
+    QByteArray bytes = file.read(iniMaxFileSize + 1);
+    if (bytes.size() > iniMaxFileSize || file.error() != QFileDevice::NoError)
+        return {FileState::Unreadable, {}};
+    return {FileState::Read, bytes};
+}
+
+bool writeFileAtomically(const QString &path, const QByteArray &bytes)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    if (file.write(bytes) != bytes.size()) {
+        file.cancelWriting();
+        return false;
+    }
+    return file.commit();
+}
+
+// Serialises read-modify-write cycles of several copies of the program, so
+// that each one's keys survive ("last writer wins per key"). When the lock
+// cannot be had (read-only directory, a copy hanging on it) the work goes on
+// unlocked, as the file functions never block for long.
+class FileLock
+{
+public:
+    explicit FileLock(const QString &path) : m_lock(path + u".lock"_s)
+    {
+        m_lock.setStaleLockTime(10000);
+        m_lock.tryLock(2000);
+    }
+
+private:
+    QLockFile m_lock;
+};
+
+QByteArray trimmedControl(const QByteArray &text)
+{
+    qsizetype begin = 0;
+    qsizetype end = text.size();
+    while (begin < end && quint8(text.at(begin)) <= 32)
+        ++begin;
+    while (end > begin && quint8(text.at(end - 1)) <= 32)
+        --end;
+    return text.sliced(begin, end - begin);
+}
+
+QByteArray withCrLf(const QByteArray &text)
+{
+    QByteArray out;
+    out.reserve(text.size() + text.size() / 16);
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char c = text.at(i);
+        if (c == '\r') {
+            out.append("\r\n");
+            if (i + 1 < text.size() && text.at(i + 1) == '\n')
+                ++i;
+        } else if (c == '\n') {
+            out.append("\r\n");
+        } else {
+            out.append(c);
+        }
+    }
+    return out;
+}
+
+// One layout pass on CR LF text, trimmed at both ends.
+QByteArray tidyPass(const QByteArray &text)
+{
+    QByteArray out = text;
+    out.replace("[", "\r\n[");
+    const QByteArrayView three("\r\n\r\n\r\n");
+    while (out.contains(three))
+        out.replace(three, "\r\n\r\n");
+    return trimmedControl(out);
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------
+// IniDocument
+
+IniDocument::IniDocument(QByteArray bytes) : m_bytes(std::move(bytes)) {}
+
+std::optional<QByteArray> IniDocument::readFileBytes(const QString &path)
+{
+    FileBytes file = readFile(path);
+    if (file.state != FileState::Read)
+        return std::nullopt;
+    return std::move(file.bytes);
+}
+
+const QByteArray &IniDocument::bytes() const
+{
+    return m_bytes;
+}
+
+std::optional<QString> IniDocument::value(const QString &section, const QString &key) const
+{
+    const Parsed parsed(m_bytes);
+    const qsizetype header = parsed.findSection(section);
+    if (header < 0)
+        return std::nullopt;
+    const qsizetype line = parsed.findKey(header, key);
+    if (line < 0)
+        return std::nullopt;
+    return unquoted(parsed.rawValue(parsed.lines().at(line)));
+}
+
+bool IniDocument::setValue(const QString &section, const QString &key, const QString &value)
+{
+    const QString sectionName = section.trimmed();
+    const QString keyName = key.trimmed();
+    if (sectionName.isEmpty() || keyName.isEmpty() || hasLineBreak(section) || hasLineBreak(key)
+        || hasLineBreak(value) || sectionName.contains(u']') || keyName.contains(u'=')
+        || keyName.startsWith(u'[') || keyName.startsWith(u';'))
+        return false;
+
+    // New text goes in the document's own encoding. An old single-byte file
+    // that is to take a character outside Latin-1 is converted to UTF-8 as a
+    // whole first, so that it stays readable in one encoding.
+    if (!isValidUtf8(m_bytes)) {
+        const QString all = sectionName + keyName + value;
+        QStringEncoder latin1(QStringEncoder::Latin1);
+        const QByteArray ignored = latin1.encode(all);
+        if (latin1.hasError())
+            m_bytes = QString::fromLatin1(m_bytes).toUtf8();
+    }
+    const Parsed parsed(m_bytes);
+    const auto encode = [&parsed](const QString &text) {
+        return parsed.isUtf8() ? text.toUtf8() : text.toLatin1();
+    };
+    const QByteArray stored = encode(storedValue(value));
+
+    const qsizetype header = parsed.findSection(sectionName);
+    if (header >= 0) {
+        const qsizetype keyLine = parsed.findKey(header, keyName);
+        if (keyLine >= 0) {
+            const Line &line = parsed.lines().at(keyLine);
+            const auto [begin, end] = parsed.valueRange(line);
+            const bool hasEquals = parsed.content(line).contains('=');
+            m_bytes.replace(begin, end - begin, hasEquals ? stored : '=' + stored);
+            return true;
+        }
+        qsizetype anchor = header;
+        const qsizetype end = parsed.sectionEnd(header);
+        for (qsizetype i = header + 1; i < end; ++i) {
+            const LineKind k = parsed.kind(parsed.lines().at(i));
+            if (k == LineKind::Key || k == LineKind::Other)
+                anchor = i;
+        }
+        const Line &line = parsed.lines().at(anchor);
+        m_bytes.insert(line.contentEnd, parsed.lineBreakAfter(line) + encode(keyName) + '=' + stored);
+        return true;
+    }
+
+    const QByteArray lineBreak = parsed.lines().isEmpty()
+        ? "\r\n"_ba
+        : parsed.lineBreakAfter(parsed.lines().constLast());
+    if (!parsed.lines().isEmpty()) {
+        const Line &last = parsed.lines().constLast();
+        if (last.end == last.contentEnd)
+            m_bytes.append(lineBreak);
+        if (parsed.kind(last) != LineKind::Blank)
+            m_bytes.append(lineBreak);
+    }
+    m_bytes.append('[' + encode(sectionName) + ']' + lineBreak + encode(keyName) + '=' + stored
+                   + lineBreak);
+    return true;
+}
+
+QStringList IniDocument::sectionEntries(const QString &section) const
+{
+    const Parsed parsed(m_bytes);
+    QStringList entries;
+    const qsizetype header = parsed.findSection(section);
+    if (header < 0)
+        return entries;
+    const qsizetype end = parsed.sectionEnd(header);
+    for (qsizetype i = header + 1; i < end; ++i) {
+        const Line &line = parsed.lines().at(i);
+        switch (parsed.kind(line)) {
+        case LineKind::Blank:
+        case LineKind::Header:
+            break;
+        case LineKind::Key:
+            entries.append(parsed.keyName(line) + u'=' + parsed.rawValue(line));
+            break;
+        case LineKind::Comment:
+        case LineKind::Other:
+            entries.append(parsed.decode(trimmedView(parsed.content(line))));
+            break;
+        }
+    }
+    return entries;
+}
+
+bool IniDocument::hasSection(const QString &section) const
+{
+    return Parsed(m_bytes).findSection(section) >= 0;
+}
+
+// ---------------------------------------------------------------------------
+// File functions
+
+bool editIniFile(const QString &file, const std::function<bool(IniDocument &)> &edit)
+{
+    if (file.isEmpty())
+        return false;
+    FileLock lock(file);
+    const FileBytes current = readFile(file);
+    if (current.state == FileState::Unreadable)
+        return false;
+    IniDocument document(current.bytes);
+    if (!edit(document))
+        return false;
+    if (current.state == FileState::Read && document.bytes() == current.bytes)
+        return true;
+    return writeFileAtomically(file, document.bytes());
+}
+
+qint32 readIniInt(const QString &file, const QString &section, const QString &key,
+                  qint32 defaultValue)
+{
+    const QString text = readIniString(file, section, key);
+    if (text.isEmpty())
+        return defaultValue;
+    qsizetype i = 0;
+    bool negative = false;
+    if (text.at(0) == u'-' || text.at(0) == u'+') {
+        negative = text.at(0) == u'-';
+        ++i;
+    }
+    qint64 value = 0;
+    for (; i < text.size() && text.at(i) >= u'0' && text.at(i) <= u'9'; ++i) {
+        value = value * 10 + (text.at(i).unicode() - u'0');
+        if (value > qint64(std::numeric_limits<qint32>::max()) + 1)
+            value = qint64(std::numeric_limits<qint32>::max()) + 1;
+    }
+    if (negative)
+        value = -value;
+    return qint32(qBound(qint64(std::numeric_limits<qint32>::min()), value,
+                         qint64(std::numeric_limits<qint32>::max())));
+}
+
+QString readIniString(const QString &file, const QString &section, const QString &key,
+                      const QString &defaultValue)
+{
+    const std::optional<QByteArray> bytes = IniDocument::readFileBytes(file);
+    if (!bytes)
+        return defaultValue;
+    QString value = IniDocument(*bytes).value(section, key).value_or(QString());
+    if (value.isEmpty())
+        return defaultValue;
+    if (value.size() >= iniValueLimit) {
+        qsizetype cut = iniValueLimit - 1;
+        if (value.at(cut - 1).isHighSurrogate())
+            --cut;
+        value.truncate(cut);
+    }
+    return value;
+}
+
+bool writeIniString(const QString &file, const QString &section, const QString &key,
+                    const QString &value)
+{
+    return editIniFile(file, [&](IniDocument &document) {
+        return document.setValue(section, key, value);
+    });
+}
+
+QString ensureIniDefault(const QString &file, const QString &section, const QString &key,
+                         const QString &defaultValue)
+{
+    const QString value = readIniString(file, section, key);
+    if (!value.isEmpty())
+        return value;
+    writeIniString(file, section, key, defaultValue);
+    return defaultValue;
+}
+
+QString readIniSection(const QString &file, const QString &section)
+{
+    const FileBytes current = readFile(file);
+    if (current.state == FileState::Missing)
+        return u"0"_s;
+    if (current.state == FileState::Unreadable)
+        return {};
+
+    if (current.bytes.size() < iniLargeFileSize) {
+        QString text;
+        const QStringList entries = IniDocument(current.bytes).sectionEntries(section);
+        for (const QString &entry : entries)
+            text += entry + QChar(0);
+        return text;
+    }
+
+    // Large files: a plain line parser.
+    const QString wanted = u'[' + section + u']';
+    const Parsed parsed(current.bytes);
+    QString text;
+    bool collecting = false;
+    for (const Line &line : parsed.lines()) {
+        const QString content = parsed.decode(parsed.content(line)).trimmed();
+        if (content.startsWith(u'[') && content.endsWith(u']'))
+            collecting = false;
+        if (collecting && !content.isEmpty())
+            text += QChar(0) + content;
+        if (content.compare(wanted, Qt::CaseInsensitive) == 0)
+            collecting = true;
+    }
+    return text;
+}
+
+int splitIniSection(const QString &sectionText, QStringList &names, QStringList &values)
+{
+    names.clear();
+    values.clear();
+    QStringList pieces;
+    qsizetype start = 0;
+    for (;;) {
+        const qsizetype nul = sectionText.indexOf(QChar(0), start);
+        if (nul < 0)
+            break;
+        pieces.append(sectionText.sliced(start, nul - start));
+        start = nul + 1;
+    }
+    // The remainder counts only when it starts before the text's last
+    // character, so a last piece of one character is dropped.
+    if (start < sectionText.size() - 1)
+        pieces.append(sectionText.sliced(start));
+
+    for (const QString &piece : std::as_const(pieces)) {
+        if (piece.isEmpty() || piece.startsWith(u';'))
+            continue;
+        const qsizetype eq = piece.indexOf(u'=');
+        names.append(eq >= 0 ? piece.first(eq) : QString());
+        values.append(eq >= 0 ? piece.sliced(eq + 1) : piece);
+    }
+    return int(names.size());
+}
+
+int readIniSectionPairs(const QString &file, const QString &section, QStringList &names,
+                        QStringList &values)
+{
+    return splitIniSection(readIniSection(file, section), names, values);
+}
+
+QByteArray tidiedIniText(const QByteArray &text)
+{
+    // The pass is repeated until it changes nothing more (a bracket in the
+    // middle of a line needs two), so that a tidied file is left alone at
+    // the next start.
+    QByteArray current = trimmedControl(withCrLf(text));
+    for (int pass = 0; pass < 8; ++pass) {
+        QByteArray next = tidyPass(current);
+        if (next == current)
+            break;
+        current = std::move(next);
+    }
+    if (current.isEmpty())
+        return current;
+    return current + "\r\n";
+}
+
+bool tidyIniFile(const QString &file)
+{
+    if (file.isEmpty())
+        return false;
+    FileLock lock(file);
+    const FileBytes current = readFile(file);
+    if (current.state != FileState::Read)
+        return false;
+    const QByteArray tidied = tidiedIniText(current.bytes);
+    if (trimmedControl(tidied) == trimmedControl(current.bytes))
+        return false;
+    return writeFileAtomically(file, tidied);
+}
+
+} // namespace valtrona

@@ -1,0 +1,343 @@
+#include "core/trash.h"
+
+#include "core/fileservices.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace valtrona::files {
+
+namespace {
+
+QByteArray encoded(const QString &path)
+{
+    return QFile::encodeName(path);
+}
+
+bool lstatPath(const QString &path, struct stat &info)
+{
+    return ::lstat(encoded(path).constData(), &info) == 0;
+}
+
+bool statPath(const QString &path, struct stat &info)
+{
+    return ::stat(encoded(path).constData(), &info) == 0;
+}
+
+TrashError trashError(TrashError::Code code, const QString &message)
+{
+    return TrashError{code, message};
+}
+
+QString parentOf(const QString &path)
+{
+    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
+    return slash <= 0 ? QStringLiteral("/") : path.left(slash);
+}
+
+// Creates the directory and its missing parents, each new level private to
+// the user as the trash layout asks. True when it is a directory afterwards.
+bool makePrivatePath(const QString &path)
+{
+    struct stat info {};
+    if (statPath(path, info))
+        return S_ISDIR(info.st_mode);
+    const QString parent = parentOf(path);
+    if (parent != path && !makePrivatePath(parent))
+        return false;
+    if (::mkdir(encoded(path).constData(), 0700) != 0 && errno != EEXIST)
+        return false;
+    return statPath(path, info) && S_ISDIR(info.st_mode);
+}
+
+// The device of the nearest existing level of path.
+dev_t deviceOf(QString path)
+{
+    struct stat info {};
+    while (!statPath(path, info)) {
+        const QString parent = parentOf(path);
+        if (parent == path)
+            return 0;
+        path = parent;
+    }
+    return info.st_dev;
+}
+
+// The top directory of the mount that holds `directory` (canonical, absolute).
+QString mountTopOf(const QString &directory, dev_t device)
+{
+    QString top = directory;
+    while (top != u"/") {
+        struct stat info {};
+        const QString parent = parentOf(top);
+        if (!statPath(parent, info) || info.st_dev != device)
+            break;
+        top = parent;
+    }
+    return top;
+}
+
+// $topdir/.Trash/$uid when the administrator prepared $topdir/.Trash (a
+// real directory with the sticky bit), else $topdir/.Trash-$uid, owned by us.
+QString topDirectoryTrash(const QString &top)
+{
+    const QString uid = QString::number(::getuid());
+    const QString base = top == u"/" ? QString() : top;
+
+    struct stat shared {};
+    const QString sharedTrash = base + QStringLiteral("/.Trash");
+    if (lstatPath(sharedTrash, shared) && S_ISDIR(shared.st_mode) && (shared.st_mode & S_ISVTX)) {
+        const QString mine = sharedTrash + QLatin1Char('/') + uid;
+        struct stat info {};
+        if (!lstatPath(mine, info))
+            ::mkdir(encoded(mine).constData(), 0700);
+        if (lstatPath(mine, info) && S_ISDIR(info.st_mode) && info.st_uid == ::getuid())
+            return mine;
+    }
+
+    const QString own = base + QStringLiteral("/.Trash-") + uid;
+    struct stat info {};
+    if (!lstatPath(own, info))
+        ::mkdir(encoded(own).constData(), 0700);
+    if (lstatPath(own, info) && S_ISDIR(info.st_mode) && info.st_uid == ::getuid()
+        && (info.st_mode & 0700) == 0700) {
+        return own;
+    }
+    return {};
+}
+
+// Copies a file, link or directory tree, keeping modification times, so the
+// trashed copy restores like the original.
+bool copyTree(const QString &from, const QString &to)
+{
+    struct stat info {};
+    if (!lstatPath(from, info))
+        return false;
+    if (S_ISLNK(info.st_mode)) {
+        QByteArray buffer(4096, Qt::Uninitialized);
+        const ssize_t n = ::readlink(encoded(from).constData(), buffer.data(), size_t(buffer.size()));
+        if (n < 0)
+            return false;
+        buffer.truncate(n);
+        return ::symlink(buffer.constData(), encoded(to).constData()) == 0;
+    }
+    const QDateTime modified = QFileInfo(from).lastModified();
+    if (S_ISDIR(info.st_mode)) {
+        if (::mkdir(encoded(to).constData(), 0700) != 0)
+            return false;
+        const QStringList names = QDir(from).entryList(
+            QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+        for (const QString &name : names) {
+            if (!copyTree(from + QLatin1Char('/') + name, to + QLatin1Char('/') + name))
+                return false;
+        }
+        ::chmod(encoded(to).constData(), info.st_mode & 07777);
+        setFileTimes(to, modified, LastWriteTime);
+        return true;
+    }
+    if (!S_ISREG(info.st_mode))
+        return false;
+    if (!QFile::copy(from, to))
+        return false;
+    setFileTimes(to, modified, LastWriteTime);
+    return true;
+}
+
+bool removeTree(const QString &path)
+{
+    struct stat info {};
+    if (!lstatPath(path, info))
+        return true;
+    if (S_ISDIR(info.st_mode))
+        return QDir(path).removeRecursively();
+    return ::unlink(encoded(path).constData()) == 0;
+}
+
+// "IMG.jpg", "IMG.2.jpg", "IMG.3.jpg", ...
+QString candidateName(const QString &name, int attempt)
+{
+    if (attempt == 1)
+        return name;
+    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
+    const QString number = QString::number(attempt);
+    if (dot <= 0)
+        return name + QLatin1Char('.') + number;
+    return name.left(dot) + QLatin1Char('.') + number + name.mid(dot);
+}
+
+QByteArray trashInfo(const QString &originalPath, const QString &topDirectory)
+{
+    QString recorded = originalPath;
+    if (!topDirectory.isEmpty() && topDirectory != u"/"
+        && originalPath.startsWith(topDirectory + QLatin1Char('/'))) {
+        recorded = originalPath.mid(topDirectory.size() + 1);
+    }
+    const QString date = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd'T'HH:mm:ss"));
+    return QByteArrayLiteral("[Trash Info]\nPath=") + encoded(recorded).toPercentEncoding("/")
+        + QByteArrayLiteral("\nDeletionDate=") + date.toLatin1() + QByteArrayLiteral("\n");
+}
+
+bool writeAll(int fd, const QByteArray &bytes)
+{
+    qsizetype done = 0;
+    while (done < bytes.size()) {
+        const ssize_t n = ::write(fd, bytes.constData() + done, size_t(bytes.size() - done));
+        if (n < 0) {
+            if (errno == EINTR)
+                continue;
+            return false;
+        }
+        done += n;
+    }
+    return true;
+}
+
+// The item's absolute location with its parent resolved, as it will be
+// restored; the item itself (perhaps a link) is not resolved.
+QString originalLocation(const QString &path)
+{
+    const QFileInfo info(path);
+    const QString parent = QFileInfo(info.absolutePath()).canonicalFilePath();
+    if (parent.isEmpty())
+        return {};
+    if (parent == u"/")
+        return QLatin1Char('/') + info.fileName();
+    return parent + QLatin1Char('/') + info.fileName();
+}
+
+} // namespace
+
+QString homeTrashDirectory()
+{
+    QString dataHome = qEnvironmentVariable("XDG_DATA_HOME");
+    if (dataHome.isEmpty() || !QDir::isAbsolutePath(dataHome))
+        dataHome = QDir::homePath() + QStringLiteral("/.local/share");
+    return removeTrailingSeparator(dataHome) + QStringLiteral("/Trash");
+}
+
+Expected<TrashedItem, TrashError> moveToTrashAt(const QString &path, const TrashLocation &trash)
+{
+    const QString p = removeTrailingSeparator(path);
+    if (p.isEmpty())
+        return unexpected(trashError(TrashError::Code::EmptyPath, QStringLiteral("empty path")));
+    struct stat item {};
+    if (!lstatPath(p, item))
+        return unexpected(trashError(TrashError::Code::NotFound, QStringLiteral("no such file: ") + p));
+    const QString original = originalLocation(p);
+    if (original.isEmpty() || original == u"/")
+        return unexpected(trashError(TrashError::Code::MoveFailed, QStringLiteral("cannot trash: ") + p));
+
+    const QString filesDir = trash.path + QStringLiteral("/files");
+    const QString infoDir = trash.path + QStringLiteral("/info");
+    if (!makePrivatePath(filesDir) || !makePrivatePath(infoDir))
+        return unexpected(trashError(TrashError::Code::NoTrash, QStringLiteral("cannot create trash in ") + trash.path));
+
+    // A directory may not go into a trash that lies inside it.
+    const QString trashCanonical = QFileInfo(trash.path).canonicalFilePath();
+    if (S_ISDIR(item.st_mode)
+        && (trashCanonical == original || trashCanonical.startsWith(original + QLatin1Char('/')))) {
+        return unexpected(trashError(TrashError::Code::MoveFailed, QStringLiteral("the trash lies inside ") + p));
+    }
+
+    const QString name = QFileInfo(original).fileName();
+    const QByteArray info = trashInfo(original, trash.topDirectory);
+    for (int attempt = 1; attempt < 10000; ++attempt) {
+        const QString candidate = candidateName(name, attempt);
+        const QString infoPath = infoDir + QLatin1Char('/') + candidate + QStringLiteral(".trashinfo");
+        const QString trashedPath = filesDir + QLatin1Char('/') + candidate;
+
+        // The .trashinfo is created exclusively first: it reserves the name.
+        const int fd = ::open(encoded(infoPath).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+        if (fd < 0) {
+            if (errno == EEXIST)
+                continue;
+            return unexpected(trashError(TrashError::Code::NoTrash, QStringLiteral("cannot write ") + infoPath));
+        }
+        const bool written = writeAll(fd, info);
+        const bool closed = ::close(fd) == 0;
+        if (!written || !closed) {
+            ::unlink(encoded(infoPath).constData());
+            return unexpected(trashError(TrashError::Code::NoTrash, QStringLiteral("cannot write ") + infoPath));
+        }
+        struct stat existing {};
+        if (lstatPath(trashedPath, existing)) {
+            // A leftover without its .trashinfo: keep it, take the next name.
+            ::unlink(encoded(infoPath).constData());
+            continue;
+        }
+
+        if (::rename(encoded(p).constData(), encoded(trashedPath).constData()) == 0)
+            return TrashedItem{trashedPath, infoPath};
+        if (errno != EXDEV) {
+            const QString why = QString::fromLocal8Bit(::strerror(errno));
+            ::unlink(encoded(infoPath).constData());
+            return unexpected(trashError(TrashError::Code::MoveFailed, why + QStringLiteral(": ") + p));
+        }
+
+        // Another file system: copy, and remove the original only when the
+        // copy is complete.
+        if (!copyTree(p, trashedPath)) {
+            removeTree(trashedPath);
+            ::unlink(encoded(infoPath).constData());
+            return unexpected(trashError(TrashError::Code::MoveFailed, QStringLiteral("cannot copy into the trash: ") + p));
+        }
+        if (!S_ISDIR(item.st_mode)) {
+            if (::unlink(encoded(p).constData()) != 0) {
+                removeTree(trashedPath);
+                ::unlink(encoded(infoPath).constData());
+                return unexpected(trashError(TrashError::Code::MoveFailed, QStringLiteral("cannot remove ") + p));
+            }
+        } else if (!QDir(p).removeRecursively()) {
+            // Part of the tree is gone; its only copy is in the trash now.
+            return unexpected(trashError(TrashError::Code::MoveFailed, QStringLiteral("partly removed: ") + p));
+        }
+        return TrashedItem{trashedPath, infoPath};
+    }
+    return unexpected(trashError(TrashError::Code::NoTrash, QStringLiteral("no free name in the trash for ") + name));
+}
+
+Expected<TrashedItem, TrashError> moveToTrash(const QString &path)
+{
+    const QString p = removeTrailingSeparator(path);
+    if (p.isEmpty())
+        return unexpected(trashError(TrashError::Code::EmptyPath, QStringLiteral("empty path")));
+    struct stat item {};
+    if (!lstatPath(p, item))
+        return unexpected(trashError(TrashError::Code::NotFound, QStringLiteral("no such file: ") + p));
+
+    const QString home = homeTrashDirectory();
+    if (deviceOf(home) == item.st_dev)
+        return moveToTrashAt(p, TrashLocation{home, QString()});
+
+    const QString original = originalLocation(p);
+    const QString top = mountTopOf(parentOf(original), item.st_dev);
+    struct stat topInfo {};
+    // An item that is itself a mount point has no top directory of its own.
+    if (!original.isEmpty() && statPath(top, topInfo) && topInfo.st_dev == item.st_dev) {
+        const QString topTrash = topDirectoryTrash(top);
+        if (!topTrash.isEmpty()) {
+            Expected<TrashedItem, TrashError> moved = moveToTrashAt(p, TrashLocation{topTrash, top});
+            if (moved.has_value())
+                return moved;
+        }
+    }
+    return moveToTrashAt(p, TrashLocation{home, QString()});
+}
+
+int deleteToRecycleBin(const QString &path)
+{
+    if (path.isEmpty())
+        return -1;
+    return moveToTrash(path).has_value() ? 0 : 1;
+}
+
+} // namespace valtrona::files

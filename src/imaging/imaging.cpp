@@ -1,0 +1,413 @@
+#include "imaging/imaging.h"
+#include "imaging/imaging_p.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <atomic>
+#include <cstdio>
+#include <mutex>
+#include <thread>
+
+#include <vips/vips8>
+
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
+using namespace Qt::StringLiterals;
+
+namespace valtrona::imaging {
+
+namespace {
+
+std::atomic<bool> g_started {false};
+std::atomic<bool> g_quiet {false};
+std::atomic<int> g_concurrency {0};
+
+std::mutex g_reporterMutex;
+Reporter g_reporter = [](const QString &title, const QString &text) {
+    std::fprintf(stderr, "%s: %s\n", qPrintable(title), qPrintable(text));
+};
+
+thread_local int t_lastStatus = 0;
+thread_local QString t_lastMessage;
+
+// The library is initialised once per process and never shut down: it cannot
+// be initialised again after vips_shutdown().
+bool initialiseLibraryOnce()
+{
+    static const bool ok = [] {
+        if (VIPS_INIT("valtrona") != 0)
+            return false;
+        // Each file is opened once per conversion, so caching operations
+        // across files only holds memory.
+        vips_cache_set_max(0);
+        // The library's warnings (a damaged scan line, a truncated file) end
+        // up as our own status; keep them off the terminal.
+        g_log_set_handler("VIPS", G_LOG_LEVEL_WARNING,
+                          [](const gchar *, GLogLevelFlags, const gchar *, gpointer) {}, nullptr);
+        return true;
+    }();
+    return ok;
+}
+
+// Sizes beyond this are refused by measure(): nobody resizes them on a
+// desktop, and a forged header must not make us plan for them.
+constexpr qint64 kMaxImagePixels = (qint64(1) << 31) - 1;
+
+struct EncoderEntry
+{
+    const char *mimeType;
+    const char *suffix;
+};
+
+// MIME types we know the library's savers by. The first match wins.
+constexpr EncoderEntry kEncoders[] = {
+    {"image/jpeg", ".jpg"},
+    {"image/png", ".png"},
+    {"image/webp", ".webp"},
+    {"image/tiff", ".tif"},
+    {"image/gif", ".gif"},
+    {"image/avif", ".avif"},
+    {"image/heif", ".heic"},
+    {"image/jxl", ".jxl"},
+};
+
+} // namespace
+
+namespace detail {
+
+bool ensureLibrary()
+{
+    return initialiseLibraryOnce();
+}
+
+void report(const QString &title, const QString &text)
+{
+    Reporter reporter;
+    {
+        std::lock_guard<std::mutex> lock(g_reporterMutex);
+        reporter = g_reporter;
+    }
+    if (reporter)
+        reporter(title, text);
+}
+
+void setLast(int status, const QString &message)
+{
+    t_lastStatus = status;
+    t_lastMessage = message;
+}
+
+bool fail(int status, const QString &message)
+{
+    setLast(status, message);
+    checkStatus(status);
+    return false;
+}
+
+int statusFromVipsMessage(const QString &message)
+{
+    const QString m = message.toLower();
+    if (m.contains(u"does not exist"_s) || m.contains(u"no such file"_s))
+        return FileNotFound;
+    if (m.contains(u"permission denied"_s) || m.contains(u"access denied"_s))
+        return AccessDenied;
+    if (m.contains(u"not a known"_s) || m.contains(u"unsupported"_s) || m.contains(u"not a jpeg"_s))
+        return UnknownImageFormat;
+    if (m.contains(u"out of memory"_s) || m.contains(u"cannot allocate"_s)
+        || m.contains(u"memory area too large"_s))
+        return OutOfMemory;
+    return GenericError;
+}
+
+QString takeVipsError()
+{
+    const QString message = QString::fromUtf8(vips_error_buffer()).trimmed();
+    vips_error_clear();
+    return message;
+}
+
+QByteArray nativePath(const QString &path)
+{
+    return QFile::encodeName(path);
+}
+
+bool nameIsSafeForLibrary(const QByteArray &name)
+{
+    return !name.endsWith(']');
+}
+
+vips::VImage openImage(const QString &path, bool failOnTruncation, int shrink)
+{
+    // The library takes ownership of the options and frees them, also when
+    // the call fails, so every attempt gets its own.
+    auto options = [&] {
+        vips::VOption *o = vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL);
+        if (failOnTruncation)
+            o->set("fail_on", VIPS_FAIL_ON_TRUNCATED);
+        if (shrink > 1)
+            o->set("shrink", shrink);
+        return o;
+    };
+    const QByteArray name = nativePath(path);
+    try {
+        // Opening a source never reads options out of the file name, so
+        // names with brackets stay names.
+        return vips::VImage::new_from_source(vips::VSource::new_from_file(name.constData()), "",
+                                             options());
+    } catch (const vips::VError &) {
+        // Some loaders (BMP and other formats behind ImageMagick) only take
+        // file names.
+        if (!nameIsSafeForLibrary(name) || vips_foreign_find_load(name.constData()) == nullptr)
+            throw;
+        vips_error_clear();
+        return vips::VImage::new_from_file(name.constData(), options());
+    }
+}
+
+int writeFileAtomically(const QString &path, const char *data, qint64 size)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        const QFileDevice::FileError error = file.error();
+        setLast(error == QFileDevice::PermissionsError ? AccessDenied : Win32Error, file.errorString());
+        return t_lastStatus;
+    }
+    if (file.write(data, size) != size) {
+        const QString reason = file.errorString();
+        file.cancelWriting();
+        setLast(Win32Error, reason);
+        return t_lastStatus;
+    }
+    if (!file.commit()) {
+        setLast(file.error() == QFileDevice::PermissionsError ? AccessDenied : Win32Error,
+                file.errorString());
+        return t_lastStatus;
+    }
+    setLast(Ok);
+    return Ok;
+}
+
+} // namespace detail
+
+bool start()
+{
+    if (!g_started.load()) {
+        const int status = initialiseLibraryOnce() ? Ok : GenericError;
+        g_started.store(checkStatus(status) == Ok);
+    }
+    return g_started.load();
+}
+
+void stop()
+{
+    if (!g_started.exchange(false))
+        return;
+    // Setting the limit trims the operation cache down to it. (The library's
+    // drop-all call frees the cache table itself and is for its shutdown
+    // only; operations after it crash.)
+    vips_cache_set_max(0);
+    vips_error_clear();
+    // Frees the calling thread's buffers; worker threads free theirs when
+    // they end.
+    vips_thread_shutdown();
+#if defined(__GLIBC__)
+    // Hand freed pixel memory back to the system between batches.
+    malloc_trim(0);
+#endif
+}
+
+bool restart()
+{
+    stop();
+    return start();
+}
+
+bool isStarted()
+{
+    return g_started.load();
+}
+
+int checkStatus(int status)
+{
+    if (status == Ok || g_quiet.load())
+        return status;
+    detail::report(u"GDI Error"_s, statusText(status) % u" GDI+ Error:"_s % QString::number(status));
+    return status;
+}
+
+QString statusText(int status)
+{
+    static const char *const texts[] = {
+        "",
+        "Generic Error.",
+        "Invalid Parameter.",
+        "Out Of Memory.",
+        "Object Busy.",
+        "Insufficient Buffer.",
+        "Not Implemented.",
+        "Win32 Error.",
+        "Wrong State.",
+        "Aborted.",
+        "File Not Found.",
+        "Value Overflow.",
+        "Access Denied.",
+        "Unknown Image Format.",
+        "FontFamily Not Found.",
+        "FontStyle Not Found.",
+        "Not TrueType Font.",
+        "Unsupported Gdiplus Version.",
+        "Gdiplus Not Initialized.",
+        "Property Not Found.",
+        "Property Not Supported.",
+    };
+    if (status >= 0 && status < int(std::size(texts)))
+        return QString::fromLatin1(texts[status]);
+    return u"Unknown GDI+ Error."_s;
+}
+
+void setQuiet(bool quiet)
+{
+    g_quiet.store(quiet);
+}
+
+bool isQuiet()
+{
+    return g_quiet.load();
+}
+
+void setReporter(Reporter reporter)
+{
+    std::lock_guard<std::mutex> lock(g_reporterMutex);
+    g_reporter = std::move(reporter);
+}
+
+int lastStatus()
+{
+    return t_lastStatus;
+}
+
+QString lastErrorMessage()
+{
+    return t_lastMessage;
+}
+
+void setConcurrency(int threads)
+{
+    if (threads < 0)
+        threads = 0;
+    g_concurrency.store(threads);
+    if (initialiseLibraryOnce())
+        vips_concurrency_set(threads);
+}
+
+int concurrency()
+{
+    const int threads = g_concurrency.load();
+    if (threads > 0)
+        return threads;
+    return initialiseLibraryOnce() ? vips_concurrency_get() : int(std::thread::hardware_concurrency());
+}
+
+qint64 maxImagePixels()
+{
+    return kMaxImagePixels;
+}
+
+bool measure(const QString &path, int &width, int &height)
+{
+    width = 0;
+    height = 0;
+    if (!QFileInfo(path).isFile()) {
+        detail::setLast(FileNotFound);
+        return false;
+    }
+    if (!isStarted())
+        return detail::fail(GdiplusNotInitialized);
+    try {
+        // Opening is lazy: only the header is parsed here.
+        vips::VImage image = detail::openImage(path, false);
+        if (image.width() < 1 || image.height() < 1
+            || qint64(image.width()) * image.height() > kMaxImagePixels)
+            return detail::fail(ValueOverflow);
+        width = image.width();
+        height = image.height();
+        detail::setLast(Ok);
+        return true;
+    } catch (const vips::VError &) {
+        const QString message = detail::takeVipsError();
+        return detail::fail(detail::statusFromVipsMessage(message), message);
+    }
+}
+
+QString findEncoder(const QString &mimeType)
+{
+    if (!initialiseLibraryOnce())
+        return {};
+    for (const EncoderEntry &entry : kEncoders) {
+        if (mimeType.compare(QLatin1StringView(entry.mimeType), Qt::CaseInsensitive) != 0)
+            continue;
+        if (vips_foreign_find_save_buffer(entry.suffix) == nullptr) {
+            vips_error_clear();
+            return {};
+        }
+        return QString::fromLatin1(entry.suffix);
+    }
+    return {};
+}
+
+bool copyFile(const QString &source, const QString &target)
+{
+    const QFileInfo sourceInfo(source);
+    if (!sourceInfo.isFile()) {
+        detail::setLast(FileNotFound);
+        return false;
+    }
+    const QFileInfo targetInfo(target);
+    if (targetInfo.exists()
+        && sourceInfo.canonicalFilePath() == targetInfo.canonicalFilePath()) {
+        detail::setLast(Ok);
+        return true;
+    }
+    QFile in(source);
+    if (!in.open(QIODevice::ReadOnly)) {
+        detail::setLast(in.error() == QFileDevice::PermissionsError ? AccessDenied : Win32Error,
+                        in.errorString());
+        return false;
+    }
+    QSaveFile out(target);
+    if (!out.open(QIODevice::WriteOnly)) {
+        detail::setLast(out.error() == QFileDevice::PermissionsError ? AccessDenied : Win32Error,
+                        out.errorString());
+        return false;
+    }
+    QByteArray chunk;
+    chunk.resize(1 << 20);
+    for (;;) {
+        const qint64 got = in.read(chunk.data(), chunk.size());
+        if (got < 0) {
+            out.cancelWriting();
+            detail::setLast(Win32Error, in.errorString());
+            return false;
+        }
+        if (got == 0)
+            break;
+        if (out.write(chunk.constData(), got) != got) {
+            const QString reason = out.errorString();
+            out.cancelWriting();
+            detail::setLast(Win32Error, reason);
+            return false;
+        }
+    }
+    if (!out.commit()) {
+        detail::setLast(Win32Error, out.errorString());
+        return false;
+    }
+    detail::setLast(Ok);
+    return true;
+}
+
+} // namespace valtrona::imaging

@@ -1,0 +1,460 @@
+#include "imaging/picture.h"
+#include "imaging/imaging.h"
+#include "imaging/imaging_p.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include <vips/vips8>
+
+using namespace Qt::StringLiterals;
+
+namespace valtrona::imaging {
+
+namespace {
+
+// What the drawing-mode codes of the settings mean here.
+//
+// Interpolation ("INT") picks the resampling kernel; the numbers and names
+// are those the settings dialog lists. libvips widens every kernel but
+// nearest by the reduction factor, so all of them average over the source
+// pixels they cover. shrinkOnLoad lets the JPEG decoder do a first, coarse
+// reduction (never below twice the target size); nearest skips it so that it
+// keeps picking real source pixels.
+//
+// Smoothing ("SMT"), pixel offset ("PXL") and the compositing mode have no
+// effect on scaling an image: smoothing governs lines and shapes, pixel
+// centres always sit at +0.5, and a picture is drawn onto an empty surface.
+// Compositing quality ("CMP") kLinearLightQuality resamples in linear light;
+// every other value resamples the sRGB values as stored.
+struct InterpolationMode
+{
+    int code;
+    const char *name;
+    VipsKernel kernel;
+    bool shrinkOnLoad;
+};
+
+constexpr InterpolationMode kInterpolationModes[] = {
+    {0, "Default", VIPS_KERNEL_LINEAR, true},
+    {1, "LowQuality", VIPS_KERNEL_LINEAR, true},
+    {2, "HighQuality", VIPS_KERNEL_LANCZOS3, true},
+    {3, "Bilinear", VIPS_KERNEL_LINEAR, true},
+    {4, "Bicubic", VIPS_KERNEL_CUBIC, true},
+    {5, "NearestNeighbor", VIPS_KERNEL_NEAREST, false},
+    {6, "HighQualityBilinear", VIPS_KERNEL_LINEAR, true},
+    {7, "HighQualityBicubic", VIPS_KERNEL_LANCZOS3, true},
+};
+constexpr int kDefaultInterpolation = 7;
+constexpr int kLinearLightQuality = 3;
+
+// The largest picture drawFile() builds in memory (about 1 GiB as RGBA).
+constexpr qint64 kMaxTargetPixels = qint64(1) << 28;
+
+const InterpolationMode &interpolationMode(int code)
+{
+    for (const InterpolationMode &mode : kInterpolationModes) {
+        if (mode.code == code)
+            return mode;
+    }
+    return kInterpolationModes[kDefaultInterpolation];
+}
+
+struct Failure
+{
+    int status;
+    QString message;
+};
+
+// Runs a block of library calls; a thrown VError becomes a Failure.
+template <typename F>
+bool guarded(F &&body, Failure &failure)
+{
+    try {
+        body();
+        return true;
+    } catch (const vips::VError &) {
+        failure.message = detail::takeVipsError();
+        failure.status = detail::statusFromVipsMessage(failure.message);
+        return false;
+    }
+}
+
+QByteArray loaderName(const vips::VImage &image)
+{
+    const char *name = nullptr;
+    if (vips_image_get_typeof(image.get_image(), "vips-loader") != 0
+        && vips_image_get_string(image.get_image(), "vips-loader", &name) == 0 && name != nullptr)
+        return QByteArray(name);
+    return {};
+}
+
+bool isJpegLoader(const vips::VImage &image)
+{
+    return loaderName(image).startsWith("jpegload");
+}
+
+// The block shrink a JPEG decoder may apply while still leaving the kernel at
+// least a factor of two to work with.
+int jpegShrinkFor(double factor)
+{
+    if (factor >= 16.0)
+        return 8;
+    if (factor >= 8.0)
+        return 4;
+    if (factor >= 4.0)
+        return 2;
+    return 1;
+}
+
+bool hasIccProfile(const vips::VImage &image)
+{
+    return vips_image_get_typeof(image.get_image(), VIPS_META_ICC_NAME) != 0;
+}
+
+// Any colour space, profile, depth and band layout -> sRGB, 8 bits, three
+// bands plus alpha when the source has one.
+vips::VImage toSrgb8(vips::VImage image)
+{
+    const bool cmyk = image.interpretation() == VIPS_INTERPRETATION_CMYK;
+    if (hasIccProfile(image) || cmyk) {
+        try {
+            image = image.icc_transform("srgb", vips::VImage::option()
+                                                    ->set("embedded", true)
+                                                    ->set("input_profile", cmyk ? "cmyk" : "srgb")
+                                                    ->set("intent", VIPS_INTENT_RELATIVE)
+                                                    ->set("depth", 8));
+        } catch (const vips::VError &) {
+            // A damaged profile: take the numbers as they are.
+            vips_error_clear();
+            image.remove(VIPS_META_ICC_NAME);
+        }
+    }
+    const VipsInterpretation space = vips_image_guess_interpretation(image.get_image());
+    if (space != VIPS_INTERPRETATION_sRGB || image.bands() < 3)
+        image = image.colourspace(VIPS_INTERPRETATION_sRGB,
+                                  vips::VImage::option()->set("source_space", space));
+
+    if (image.bands() > 4 || (image.bands() == 4 && !image.has_alpha())) {
+        // Extra bands beyond RGB (alpha, when present, is the last band).
+        vips::VImage rgb = image.extract_band(0, vips::VImage::option()->set("n", 3));
+        image = image.has_alpha() ? rgb.bandjoin(image.extract_band(image.bands() - 1)) : rgb;
+    }
+    if (image.format() == VIPS_FORMAT_USHORT)
+        image = (image >> 8).cast(VIPS_FORMAT_UCHAR);
+    else if (image.format() != VIPS_FORMAT_UCHAR)
+        image = image.cast(VIPS_FORMAT_UCHAR);
+    image.remove(VIPS_META_ICC_NAME);
+    return image;
+}
+
+vips::VImage toUchar(const vips::VImage &image)
+{
+    if (image.format() == VIPS_FORMAT_UCHAR)
+        return image;
+    return image.rint().cast(VIPS_FORMAT_UCHAR);
+}
+
+// Makes the image exactly width x height; resize can be a pixel off when the
+// scale cannot be represented exactly.
+vips::VImage exactSize(const vips::VImage &image, int width, int height)
+{
+    if (image.width() == width && image.height() == height)
+        return image;
+    vips::VImage fitted = image;
+    if (fitted.width() > width || fitted.height() > height)
+        fitted = fitted.crop(0, 0, std::min(width, fitted.width()), std::min(height, fitted.height()));
+    if (fitted.width() < width || fitted.height() < height)
+        fitted = fitted.embed(0, 0, width, height,
+                              vips::VImage::option()->set("extend", VIPS_EXTEND_COPY));
+    return fitted;
+}
+
+vips::VImage resample(vips::VImage image, int width, int height, const DrawModes &modes)
+{
+    const InterpolationMode &mode = interpolationMode(modes.interpolation);
+    const bool linear = modes.compositingQuality == kLinearLightQuality;
+    if (linear)
+        image = image.colourspace(VIPS_INTERPRETATION_scRGB);
+    const bool alpha = image.has_alpha();
+    if (alpha)
+        image = image.premultiply();
+
+    const double hscale = double(width) / image.width();
+    const double vscale = double(height) / image.height();
+    if (hscale != 1.0 || vscale != 1.0) {
+        image = image.resize(hscale, vips::VImage::option()
+                                         ->set("vscale", vscale)
+                                         ->set("kernel", mode.kernel));
+    }
+    image = exactSize(image, width, height);
+
+    if (alpha)
+        image = image.unpremultiply();
+    if (linear)
+        image = image.colourspace(VIPS_INTERPRETATION_sRGB);
+    return toUchar(image);
+}
+
+Picture fail(const Failure &failure)
+{
+    detail::fail(failure.status, failure.message);
+    return {};
+}
+
+RgbaImage toRgbaImage(vips::VImage image)
+{
+    image = toSrgb8(image);
+    if (!image.has_alpha())
+        image = image.bandjoin_const({255.0});
+    size_t size = 0;
+    void *memory = image.write_to_memory(&size);
+    RgbaImage result;
+    result.pixels = QByteArray(static_cast<const char *>(memory), qsizetype(size));
+    g_free(memory);
+    result.width = image.width();
+    result.height = image.height();
+    return result;
+}
+
+vips::VOption *previewOptions(int maxHeight)
+{
+    return vips::VImage::option()
+        ->set("height", maxHeight > 0 ? maxHeight : VIPS_MAX_COORD)
+        ->set("size", VIPS_SIZE_DOWN)
+        ->set("no_rotate", true);
+}
+
+int previewWidth(int maxWidth)
+{
+    return maxWidth > 0 ? maxWidth : VIPS_MAX_COORD;
+}
+
+} // namespace
+
+Picture PictureAccess::make(vips::VImage image)
+{
+    auto d = std::make_shared<Picture::Private>();
+    d->image = std::move(image);
+    return Picture(std::move(d));
+}
+
+const vips::VImage *PictureAccess::image(const Picture &picture)
+{
+    return picture.d ? &picture.d->image : nullptr;
+}
+
+bool RgbaImage::isNull() const
+{
+    return width <= 0 || height <= 0 || pixels.size() != qsizetype(width) * height * 4;
+}
+
+Picture::Picture() = default;
+Picture::~Picture() = default;
+Picture::Picture(const Picture &other) = default;
+Picture &Picture::operator=(const Picture &other) = default;
+Picture::Picture(Picture &&other) noexcept = default;
+Picture &Picture::operator=(Picture &&other) noexcept = default;
+
+Picture::Picture(std::shared_ptr<const Private> data) : d(std::move(data)) {}
+
+bool Picture::isNull() const
+{
+    return !d;
+}
+
+int Picture::width() const
+{
+    return d ? d->image.width() : 0;
+}
+
+int Picture::height() const
+{
+    return d ? d->image.height() : 0;
+}
+
+bool Picture::hasAlpha() const
+{
+    return d && d->image.has_alpha();
+}
+
+RgbaImage Picture::toRgba() const
+{
+    if (!d)
+        return {};
+    RgbaImage result;
+    Failure failure;
+    guarded([&] { result = toRgbaImage(d->image); }, failure);
+    return result;
+}
+
+Picture drawFile(const QString &path, int width, int height, const DrawModes &modes)
+{
+    if (!QFileInfo(path).isFile())
+        return fail({FileNotFound, {}});
+    if (!isStarted())
+        return fail({GdiplusNotInitialized, {}});
+    if ((width < 1 && width != -1) || (height < 1 && height != -1))
+        return fail({InvalidParameter, {}});
+
+    const InterpolationMode &mode = interpolationMode(modes.interpolation);
+    const bool linear = modes.compositingQuality == kLinearLightQuality;
+    Picture picture;
+    Failure failure {Ok, {}};
+    const bool ok = guarded([&] {
+        vips::VImage image = detail::openImage(path, true);
+        const int sourceWidth = image.width();
+        const int sourceHeight = image.height();
+        if (qint64(sourceWidth) * sourceHeight > maxImagePixels()) {
+            failure.status = ValueOverflow;
+            return;
+        }
+        const int targetWidth = width == -1 ? sourceWidth : width;
+        const int targetHeight = height == -1 ? sourceHeight : height;
+        if (qint64(targetWidth) * targetHeight > kMaxTargetPixels) {
+            failure.status = ValueOverflow;
+            return;
+        }
+
+        if (mode.shrinkOnLoad && !linear && isJpegLoader(image)) {
+            const double factor = std::min(double(sourceWidth) / targetWidth,
+                                           double(sourceHeight) / targetHeight);
+            const int shrink = jpegShrinkFor(factor);
+            if (shrink > 1) {
+                image = detail::openImage(path, true, shrink);
+            }
+        }
+        image = toSrgb8(image);
+        image = resample(image, targetWidth, targetHeight, modes);
+        // Decodes and resamples now, so errors surface here and the picture
+        // can be saved any number of times.
+        picture = PictureAccess::make(image.copy_memory());
+    }, failure);
+    if (!ok || failure.status != Ok)
+        return fail(failure);
+    detail::setLast(Ok);
+    return picture;
+}
+
+Picture pictureFromFile(const QString &path)
+{
+    if (!QFileInfo(path).isFile()) {
+        detail::setLast(FileNotFound);
+        return {};
+    }
+    if (!isStarted())
+        return fail({GdiplusNotInitialized, {}});
+    Picture picture;
+    Failure failure {Ok, {}};
+    const bool ok = guarded([&] {
+        vips::VImage image = detail::openImage(path, true);
+        if (qint64(image.width()) * image.height() > kMaxTargetPixels) {
+            failure.status = ValueOverflow;
+            return;
+        }
+        picture = PictureAccess::make(toSrgb8(image).copy_memory());
+    }, failure);
+    if (!ok || failure.status != Ok)
+        return fail(failure);
+    detail::setLast(Ok);
+    return picture;
+}
+
+bool saveImage(const Picture &picture, const QString &path, const QString &mimeType, int quality)
+{
+    const QString suffix = findEncoder(mimeType);
+    if (suffix.isEmpty()) {
+        detail::setLast(InvalidParameter, u"no encoder for "_s % mimeType);
+        detail::report(u"Encoder Error"_s, u"Es konnte kein passender Encoder ermittelt werden !"_s);
+        return false;
+    }
+    const vips::VImage *source = PictureAccess::image(picture);
+    if (source == nullptr)
+        return detail::fail(InvalidParameter);
+    if (!isStarted())
+        return detail::fail(GdiplusNotInitialized);
+
+    const bool jpeg = suffix == u".jpg"_s;
+    const bool lossy = jpeg || suffix == u".webp"_s || suffix == u".avif"_s || suffix == u".heic"_s
+                       || suffix == u".jxl"_s || suffix == u".tif"_s;
+    // libjpeg treats quality 0 as 1; the encoders here start at 1.
+    const int q = std::max(1, std::clamp(quality, 0, 100));
+
+    void *buffer = nullptr;
+    size_t size = 0;
+    Failure failure {Ok, {}};
+    const bool encoded = guarded([&] {
+        vips::VImage image = *source;
+        if (jpeg && image.has_alpha())
+            image = image.flatten(vips::VImage::option()->set("background", std::vector<double> {255.0}));
+        image = toUchar(image);
+        vips::VOption *options = vips::VImage::option()->set("strip", true);
+        if (lossy)
+            options->set("Q", q);
+        if (jpeg)
+            options->set("optimize_coding", true);
+        image.write_to_buffer(suffix.toLatin1().constData(), &buffer, &size, options);
+    }, failure);
+    if (!encoded)
+        return detail::fail(failure.status, failure.message);
+
+    const int status = detail::writeFileAtomically(path, static_cast<const char *>(buffer), qint64(size));
+    g_free(buffer);
+    if (status != Ok)
+        return detail::fail(status, lastErrorMessage());
+    return true;
+}
+
+bool saveJpeg(const Picture &picture, const QString &path, int quality)
+{
+    return saveImage(picture, path, u"image/jpeg"_s, quality);
+}
+
+bool savePng(const Picture &picture, const QString &path)
+{
+    return saveImage(picture, path, u"image/png"_s, 0);
+}
+
+RgbaImage loadPreview(const QString &path, int maxWidth, int maxHeight)
+{
+    if (!QFileInfo(path).isFile() || !detail::ensureLibrary())
+        return {};
+    const QByteArray name = detail::nativePath(path);
+    RgbaImage result;
+    Failure failure;
+    const bool ok = guarded([&] {
+        result = toRgbaImage(vips::VImage::thumbnail_source(
+            vips::VSource::new_from_file(name.constData()), previewWidth(maxWidth),
+            previewOptions(maxHeight)));
+    }, failure);
+    if (!ok && detail::nameIsSafeForLibrary(name)) {
+        // Formats the library reads only from named files.
+        guarded([&] {
+            result = toRgbaImage(vips::VImage::thumbnail(name.constData(), previewWidth(maxWidth),
+                                                         previewOptions(maxHeight)));
+        }, failure);
+    }
+    return result;
+}
+
+RgbaImage loadPreviewFromData(const QByteArray &data, int maxWidth, int maxHeight)
+{
+    if (data.isEmpty() || !detail::ensureLibrary())
+        return {};
+    RgbaImage result;
+    Failure failure;
+    // The blob borrows data, which outlives it: the pixels are fully decoded
+    // before this returns.
+    VipsBlob *blob = vips_blob_new(nullptr, data.constData(), size_t(data.size()));
+    guarded([&] {
+        result = toRgbaImage(vips::VImage::thumbnail_buffer(blob, previewWidth(maxWidth),
+                                                            previewOptions(maxHeight)));
+    }, failure);
+    vips_area_unref(VIPS_AREA(blob));
+    return result;
+}
+
+} // namespace valtrona::imaging

@@ -1,0 +1,186 @@
+#include "batch/sizerules.h"
+
+#include "core/inifile.h"
+#include "core/settings.h"
+#include "support/testsupport.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+using namespace valtrona;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int px = sizeunit::pixel;
+constexpr int pc = sizeunit::percent;
+
+struct SizeCase
+{
+    const char *name;
+    SizeRequest request;
+    TargetSize expected;
+};
+
+void PrintTo(const SizeCase &c, std::ostream *os)
+{
+    *os << c.name;
+}
+
+class ComputeTargetSizeTest : public ::testing::TestWithParam<SizeCase> {};
+
+TEST_P(ComputeTargetSizeTest, GivesSizeAndUsable)
+{
+    const SizeCase &c = GetParam();
+    const TargetSize got = computeTargetSize(c.request);
+    EXPECT_EQ(got.width, c.expected.width);
+    EXPECT_EQ(got.height, c.expected.height);
+    EXPECT_EQ(got.usable, c.expected.usable);
+}
+
+// {widthInput, heightInput, widthUnit, heightUnit, style, sourceWidth, sourceHeight}
+INSTANTIATE_TEST_SUITE_P(WorkedExamples, ComputeTargetSizeTest, ::testing::Values(
+    SizeCase {"style0 pixels", {800, 600, px, px, 0, 4000, 3000}, {800, 600, true}},
+    SizeCase {"style0 percent", {50, 50, pc, pc, 0, 4000, 3000}, {2000, 1500, true}},
+    SizeCase {"style0 zero inputs", {0, 0, px, px, 0, 4000, 3000}, {0, 0, true}},
+    SizeCase {"style1", {0, 600, px, px, 1, 4000, 3000}, {800, 600, true}},
+    SizeCase {"style2", {1024, 0, px, px, 2, 4000, 3000}, {1024, 768, true}},
+    SizeCase {"style3 landscape", {1000, 0, px, px, 3, 4000, 3000}, {1000, 750, true}},
+    SizeCase {"style3 portrait", {1000, 0, px, px, 3, 3000, 4000}, {750, 1000, true}},
+    SizeCase {"style3 square", {1000, 0, px, px, 3, 3000, 3000}, {1000, 1000, true}},
+    SizeCase {"style3 portrait percent of width", {50, 0, pc, px, 3, 3000, 4000}, {1125, 1500, true}},
+    SizeCase {"style3 landscape percent", {50, 0, pc, px, 3, 4000, 3000}, {2000, 1500, true}},
+    SizeCase {"style4 landscape", {800, 800, px, px, 4, 4000, 3000}, {800, 600, true}},
+    SizeCase {"style4 portrait second try", {800, 800, px, px, 4, 3000, 4000}, {600, 800, true}},
+    SizeCase {"style4 percent fails", {50, 50, pc, pc, 4, 4000, 3000}, {0, 0, false}},
+    SizeCase {"style4 flat box height-led", {100, 10, px, px, 4, 4000, 3000}, {13, 10, true}},
+    SizeCase {"unknown style", {800, 600, px, px, 5, 4000, 3000}, {0, 0, false}},
+    SizeCase {"negative style", {800, 600, px, px, -1, 4000, 3000}, {0, 0, false}},
+    SizeCase {"any nonzero unit is percent", {50, 25, 7, -1, 0, 4000, 3000}, {2000, 750, true}}));
+
+// Halves go to even at every conversion: 1000 / (4000/2999) = 749.75 -> 750,
+// 5 x 50 % = 2.5 -> 2, 7 x 50 % = 3.5 -> 4.
+INSTANTIATE_TEST_SUITE_P(Rounding, ComputeTargetSizeTest, ::testing::Values(
+    SizeCase {"style0 half down", {50, 50, pc, pc, 0, 5, 7}, {2, 4, true}},
+    SizeCase {"style2 fraction", {1000, 0, px, px, 2, 4000, 2999}, {1000, 750, true}},
+    SizeCase {"style1 from rounded height", {0, 1, px, px, 1, 3, 2}, {2, 1, true}},
+    SizeCase {"style4 rounded height fits", {800, 1067, px, px, 4, 3000, 4000}, {800, 1067, true}}));
+
+// A 0 x 0 source (an unreadable file) or a zero side divides by zero; the
+// failed statement is skipped and nothing crashes or overflows.
+INSTANTIATE_TEST_SUITE_P(ZeroAndHuge, ComputeTargetSizeTest, ::testing::Values(
+    SizeCase {"style0 empty source px", {800, 600, px, px, 0, 0, 0}, {800, 600, true}},
+    SizeCase {"style0 empty source pc", {50, 50, pc, pc, 0, 0, 0}, {0, 0, true}},
+    SizeCase {"style1 zero height", {0, 600, px, px, 1, 4000, 0}, {0, 600, true}},
+    SizeCase {"style2 zero height", {1024, 0, px, px, 2, 4000, 0}, {1024, 0, true}},
+    SizeCase {"style2 zero width", {1024, 0, px, px, 2, 0, 3000}, {1024, 0, true}},
+    SizeCase {"style3 empty source", {1000, 0, px, px, 3, 0, 0}, {0, 1000, true}},
+    SizeCase {"style3 zero height", {1000, 0, px, px, 3, 4000, 0}, {1000, 0, true}},
+    SizeCase {"style4 empty source", {800, 800, px, px, 4, 0, 0}, {800, 0, true}},
+    SizeCase {"style0 beyond 32 bits", {1e12, 600, px, px, 0, 4000, 3000}, {0, 600, true}},
+    SizeCase {"style2 height overflows", {2e9, 0, px, px, 2, 1, 4000}, {2000000000, 0, true}},
+    SizeCase {"style0 NaN input", {std::numeric_limits<double>::quiet_NaN(), 5, px, px, 0, 4, 3},
+              {0, 5, true}}));
+
+TEST(TargetSizeStatusTextTest, NamesBothSides)
+{
+    EXPECT_EQ(targetSizeStatusText({800, 600, true}), u"Bildgröße : 800x600"_s);
+    const TargetSize failed = computeTargetSize({50, 50, pc, pc, 4, 4000, 3000});
+    EXPECT_EQ(targetSizeStatusText(failed), u"Bildgröße : 0x0"_s);
+    EXPECT_EQ(targetSizeStatusText({-5, 0, true}), u"Bildgröße : -5x0"_s);
+}
+
+TEST(FormatParametersValidTest, TestsOnlyEmptiness)
+{
+    struct Case
+    {
+        int style;
+        QString width;
+        QString height;
+        bool valid;
+    };
+    const Case cases[] = {
+        {-1, u"800"_s, u"600"_s, false},
+        {0, u"800"_s, u"600"_s, true}, {0, {}, u"600"_s, false}, {0, u"800"_s, {}, false},
+        {0, u"0"_s, u"0"_s, true}, {4, u"abc"_s, u"-3"_s, true}, {4, u"800"_s, {}, false},
+        {1, {}, u"600"_s, true}, {1, u"800"_s, {}, false},
+        {2, {}, u"600"_s, false}, {2, u"800"_s, {}, true},
+        {3, u"1000"_s, {}, true}, {3, {}, u"1000"_s, false},
+        {5, {}, {}, true}, {-2, {}, {}, true}, {0, u" "_s, u" "_s, true},
+    };
+    for (const Case &c : cases) {
+        EXPECT_EQ(formatParametersValid(c.style, c.width, c.height), c.valid)
+            << c.style << " '" << c.width.toStdString() << "' '" << c.height.toStdString() << "'";
+    }
+}
+
+TEST(ParameterCardTablesTest, ListsAndLabelsFollowTheStyle)
+{
+    const QList<ChoiceEntry> styles = changeStyleEntries();
+    ASSERT_EQ(styles.size(), 5);
+    EXPECT_EQ(styles.at(0), (ChoiceEntry {u"0 - Breite und Höhe"_s, 0}));
+    EXPECT_EQ(styles.at(3), (ChoiceEntry {u"3 - Quadratisch lange Seite"_s, 3}));
+    EXPECT_EQ(styles.at(4), (ChoiceEntry {u"4 - Passend in Rechteck"_s, 4}));
+    for (int i = 0; i < styles.size(); ++i)
+        EXPECT_EQ(styles.at(i).itemData, i);
+    EXPECT_EQ(sizeUnitEntries(),
+              (QList<ChoiceEntry> {{u"Pixel"_s, 0}, {u"Prozent"_s, 1}}));
+
+    EXPECT_EQ(widthLabelText(3), u"Seitenlänge :"_s);
+    EXPECT_EQ(widthLabelText(4), u"Breite :"_s);
+    EXPECT_EQ(heightLabelText(), u"Höhe :"_s);
+
+    const std::optional<InputEnabling> expected[] = {
+        InputEnabling {true, true}, InputEnabling {false, true}, InputEnabling {true, false},
+        InputEnabling {true, false}, InputEnabling {true, true}, std::nullopt};
+    for (int style = 0; style <= 5; ++style)
+        EXPECT_EQ(inputEnabling(style), expected[style]) << style;
+    EXPECT_EQ(inputEnabling(-1), std::nullopt);
+}
+
+TEST(PresetTest, SplitsAtLowerCaseX)
+{
+    struct Case
+    {
+        QString entry;
+        std::optional<std::pair<QString, QString>> texts;
+    };
+    const Case cases[] = {
+        {u"0800x0600"_s, std::pair {u"800"_s, u"600"_s}},
+        {u"2048x1536"_s, std::pair {u"2048"_s, u"1536"_s}},
+        {u" 12.5 x 1 024"_s, std::pair {u"12.5"_s, u"1024"_s}},
+        {u"abcxdef"_s, std::pair {u"0"_s, u"0"_s}},
+        {u"x"_s, std::pair {u"0"_s, u"0"_s}},
+        {u"0800X0600"_s, std::nullopt},
+        {u"1x2x3"_s, std::nullopt},
+        {QString(), std::nullopt},
+    };
+    for (const Case &c : cases) {
+        const std::optional<PresetSize> size = splitPreset(c.entry);
+        ASSERT_EQ(size.has_value(), c.texts.has_value()) << c.entry.toStdString();
+        if (size) {
+            EXPECT_EQ(size->widthText(), c.texts->first) << c.entry.toStdString();
+            EXPECT_EQ(size->heightText(), c.texts->second) << c.entry.toStdString();
+        }
+    }
+}
+
+TEST(PresetTest, ListsComeFromTheSettingsFile)
+{
+    const QList<PresetList> lists = presetLists();
+    ASSERT_EQ(lists.size(), 4);
+    EXPECT_EQ(lists.at(0).caption, u"Vorgabe 4:3 :"_s);
+    EXPECT_EQ(lists.at(3).caption, u"Vorgabe 16:9 :"_s);
+    EXPECT_EQ(lists.at(3).key, u"169"_s);
+
+    test::Sandbox sandbox;
+    const QString file = sandbox.writeFile(u"v.ini"_s,
+        "[fmt_169]\r\n01=0180x0101\r\n; mine\r\nextra=0999x0562\r\n\r\n[FMT_43]\r\n01=0800x0600\r\n"_ba);
+    EXPECT_EQ(presetEntries(file, u"169"_s), (QStringList {u"0180x0101"_s, u"0999x0562"_s}));
+    EXPECT_EQ(presetEntries(file, u"43"_s), QStringList {u"0800x0600"_s});
+    EXPECT_TRUE(presetEntries(file, u"32"_s).isEmpty());
+    EXPECT_TRUE(presetEntries(sandbox.filePath(u"missing.ini"_s), u"43"_s).isEmpty());
+}
+
+} // namespace

@@ -1,0 +1,242 @@
+#include "core/base64.h"
+
+#include <QList>
+#include <QVariant>
+#include <QRandomGenerator>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+using valtrona::Base64Encoding;
+
+namespace {
+
+QByteArray randomBytes(qsizetype n, quint32 seed)
+{
+    QRandomGenerator generator(seed);
+    QByteArray bytes(n, Qt::Uninitialized);
+    for (char &b : bytes)
+        b = static_cast<char>(generator.bounded(256));
+    return bytes;
+}
+
+// Everything the codec reports during one call.
+struct Events
+{
+    QList<int> progress;
+    QList<QString> operations;
+};
+
+Events *recordEvents(Base64Encoding &codec, Events &events)
+{
+    QObject::connect(&codec, &Base64Encoding::progress, &codec,
+                     [&events](int percent) { events.progress.append(percent); });
+    QObject::connect(&codec, &Base64Encoding::workingTime, &codec,
+                     [&events](qint64 ms, const QString &operation) {
+                         EXPECT_GE(ms, 0);
+                         events.operations.append(operation);
+                     });
+    return &events;
+}
+
+TEST(Base64, KnownEncodingsOfTheStandardTable)
+{
+    struct Case { const char *plain; const char *encoded; };
+    const Case cases[] = {
+        {"Man", "TWFu"}, {"M", "TQ=="}, {"Ma", "TWE="},
+        {"f", "Zg=="}, {"fo", "Zm8="}, {"foo", "Zm9v"}, {"foob", "Zm9vYg=="},
+        {"fooba", "Zm9vYmE="}, {"foobar", "Zm9vYmFy"},
+    };
+    Base64Encoding codec;
+    for (const Case &c : cases) {
+        EXPECT_EQ(codec.encodeB64(c.plain), QByteArray(c.encoded)) << c.plain;
+        EXPECT_EQ(codec.decodeB64(c.encoded), QByteArray(c.plain)) << c.encoded;
+    }
+    EXPECT_TRUE(codec.encodeB64({}).isEmpty());
+    EXPECT_TRUE(codec.decodeB64({}).isEmpty());
+}
+
+TEST(Base64, TablesDifferInAlphabetAndPadding)
+{
+    Base64Encoding codec;
+    const QByteArray bytes("\xFB\xFF\x00M", 4);
+    struct Case { int table; const char *encoded; };
+    const Case cases[] = {
+        {0, "+/8ATQ=="},   // RFC 4648
+        {9, "-_8ATQ=="},   // URL-safe
+        {1, "+/8ATQ~~"},
+        {2, "+/8ATQ~~"},
+    };
+    for (const Case &c : cases) {
+        ASSERT_TRUE(codec.setActiveCodingTable(c.table));
+        EXPECT_EQ(codec.encodeB64(bytes), QByteArray(c.encoded)) << "table " << c.table;
+    }
+
+    ASSERT_TRUE(codec.setActiveCodingTable(1));
+    EXPECT_EQ(codec.alphabet().at(26), '\xA7');
+    EXPECT_EQ(codec.alphabet().at(44), '\\');
+    ASSERT_TRUE(codec.setActiveCodingTable(2));
+    EXPECT_EQ(codec.alphabet().at(26), ' ');
+    // A blank is a letter of table 2, so it is not skipped as white space.
+    EXPECT_EQ(codec.decodeB64(codec.encodeB64(QByteArray("\x01\xA0", 2))), QByteArray("\x01\xA0", 2));
+    EXPECT_EQ(codec.encodeB64(QByteArray("\x01\xA0", 2)).at(1), ' ');
+
+    for (int table = 0; table < Base64Encoding::TableCount; ++table) {
+        ASSERT_TRUE(codec.setActiveCodingTable(table));
+        const QByteArray alphabet = codec.alphabet();
+        ASSERT_EQ(alphabet.size(), 64) << "table " << table;
+        EXPECT_EQ(std::set<char>(alphabet.begin(), alphabet.end()).size(), 64u) << "table " << table;
+        EXPECT_FALSE(alphabet.contains(codec.paddingCharacter())) << "table " << table;
+        const char expectedPadding = table == 0 || table == 9 ? '=' : table <= 2 ? '~' : '-';
+        EXPECT_EQ(codec.paddingCharacter(), expectedPadding) << "table " << table;
+    }
+}
+
+TEST(Base64, TildeTablesDoNotTakeEqualsForPadding)
+{
+    Base64Encoding codec;
+    for (int table : {1, 2}) {
+        ASSERT_TRUE(codec.setActiveCodingTable(table));
+        EXPECT_EQ(codec.decodeB64("TQ~~"), QByteArray("M"));
+        // "=" is a letter here: four letters give three bytes.
+        EXPECT_EQ(codec.decodeB64("TQ==").size(), 3) << "table " << table;
+    }
+}
+
+TEST(Base64, OutOfRangeTableIsRefused)
+{
+    Base64Encoding codec;
+    ASSERT_TRUE(codec.setActiveCodingTable(9));
+    EXPECT_FALSE(codec.setActiveCodingTable(10));
+    EXPECT_FALSE(codec.setActiveCodingTable(-1));
+    EXPECT_EQ(codec.activeCodingTable(), 9);
+    EXPECT_EQ(codec.encodeB64(QByteArray("\xFB\xFF", 2)), QByteArray("-_8="));
+    EXPECT_TRUE(codec.setProperty("activeCodingTable", QVariant(3)));
+    EXPECT_EQ(codec.activeCodingTable(), 3);
+}
+
+TEST(Base64, RoundTripsThroughEveryTableAndThroughSpan)
+{
+    Base64Encoding codec;
+    const qsizetype lengths[] = {0, 1, 2, 3, 149, 150, 4099};
+    for (int table = 0; table < Base64Encoding::TableCount; ++table) {
+        ASSERT_TRUE(codec.setActiveCodingTable(table));
+        for (const qsizetype n : lengths) {
+            const QByteArray bytes = randomBytes(n, quint32(table * 10007 + n));
+            const QByteArray encoded = codec.encodeB64(bytes);
+            EXPECT_EQ(encoded.size(), (n + 2) / 3 * 4) << "table " << table << " n " << n;
+            for (const char c : encoded)
+                ASSERT_TRUE(codec.alphabet().contains(c) || c == codec.paddingCharacter());
+            EXPECT_EQ(codec.decodeB64(encoded), bytes) << "table " << table << " n " << n;
+
+            const QByteArray spanned = Base64Encoding::span(76, encoded);
+            EXPECT_EQ(Base64Encoding::unspan(spanned), encoded);
+            EXPECT_EQ(codec.decodeB64(spanned), bytes) << "spanned, table " << table << " n " << n;
+        }
+    }
+}
+
+TEST(Base64, DecoderToleratesMissingPaddingAndForeignCharacters)
+{
+    Base64Encoding codec;
+    struct Case { const char *encoded; const char *plain; };
+    const Case cases[] = {
+        {"TWE", "Ma"},             // no padding
+        {"TQ", "M"},
+        {"TWFuT", "Man"},          // a lone sixth bit group carries no byte
+        {" TW\tFu\r\n", "Man"},    // white space anywhere
+        {"TW\xE4" "Fu", "Man"},    // a foreign byte
+        {"TQ==TWFu", "M"},         // padding ends the data
+        {"====", ""},
+    };
+    for (const Case &c : cases)
+        EXPECT_EQ(codec.decodeB64(c.encoded), QByteArray(c.plain)) << c.encoded;
+}
+
+TEST(Base64, StringsAreOneBytePerCharacter)
+{
+    Base64Encoding codec;
+    const QString text = QStringLiteral("Grüße §1");
+    const QString encoded = codec.encodeB64Str(text);
+    EXPECT_EQ(encoded, QString::fromLatin1(codec.encodeB64(text.toLatin1())));
+    EXPECT_EQ(codec.decodeB64Str(encoded), text);
+    EXPECT_EQ(Base64Encoding::strToByteArray(QStringLiteral("ä")), QByteArray("\xE4"));
+    EXPECT_EQ(Base64Encoding::byteArrayToStr("\xA7"), QStringLiteral("§"));
+}
+
+TEST(Base64, SpanLengthFollowsTheBreakCountRule)
+{
+    struct Case { qsizetype n; int lineLength; qsizetype spannedLength; };
+    const Case cases[] = {
+        {0, 4, 0},
+        {8, 4, 12},   // two full lines
+        {10, 4, 16},  // (10 + 2) / 4 = 3 breaks
+        {9, 4, 13},   // (9 + 1) / 4 = 2.5 gives 2: the last line has no break
+        {11, 4, 19},  // (11 + 3) / 4 = 3.5 gives 4: an empty line follows
+        {5, 4, 9},    // (5 + 1) / 4 = 1.5 gives 2
+        {3, 76, 3},   // (3 + 3) / 76 rounds to 0: no break at all
+    };
+    for (const Case &c : cases) {
+        const QByteArray input(c.n, 'x');
+        const QByteArray spanned = Base64Encoding::span(c.lineLength, input);
+        EXPECT_EQ(spanned.size(), c.spannedLength) << "n " << c.n;
+        EXPECT_EQ(Base64Encoding::unspan(spanned), input) << "n " << c.n;
+    }
+    EXPECT_EQ(Base64Encoding::span(4, "ABCDEFGHIJ"), QByteArray("ABCD\r\nEFGH\r\nIJ\r\n"));
+    EXPECT_EQ(Base64Encoding::span(4, "ABCDEFGHIJK"), QByteArray("ABCD\r\nEFGH\r\nIJK\r\n\r\n"));
+    EXPECT_EQ(Base64Encoding::span(4, "ABCDEFGHI"), QByteArray("ABCD\r\nEFGH\r\nI"));
+    EXPECT_EQ(Base64Encoding::span(0, "ABC"), QByteArray("ABC"));
+}
+
+TEST(Base64, ProgressStepsFollowTheInputLength)
+{
+    // Encode: step round(n / 300), halves to even; decode: step n / 400.
+    // Each call reports 0 first, 100 last, and one event per completed
+    // group whose processed count is a multiple of the step.
+    struct Case { bool encode; qsizetype n; qsizetype events; };
+    const Case cases[] = {
+        {true, 1, 2},
+        {true, 149, 2},
+        {true, 150, 2},    // 0.5 rounds to 0: no step
+        {true, 151, 53},   // step 1: all 51 groups
+        {true, 450, 77},   // 1.5 rounds to 2: groups 2, 4, ... 150
+        {true, 600, 102},  // step 2: every second of 200 groups
+        {true, 750, 127},  // 2.5 rounds to 2: 125 of 250 groups
+        {true, 900, 302},  // step 3: all 300 groups
+        {true, 1000, 335}, // step 3: 333 full groups, the short last not
+        {false, 396, 2},   // step 0
+        {false, 800, 202}, // step 2: all 200 groups
+        {false, 1200, 102},// step 3: every third of 300 groups
+    };
+    for (const Case &c : cases) {
+        Base64Encoding codec;
+        Events events;
+        const QByteArray input = c.encode ? randomBytes(c.n, 7) : QByteArray(c.n, 'A');
+        recordEvents(codec, events);
+        if (c.encode)
+            codec.encodeB64(input);
+        else
+            codec.decodeB64(input);
+        EXPECT_EQ(events.progress.size(), c.events) << (c.encode ? "encode " : "decode ") << c.n;
+        ASSERT_FALSE(events.progress.isEmpty());
+        EXPECT_EQ(events.progress.first(), 0);
+        EXPECT_EQ(events.progress.last(), 100);
+        EXPECT_TRUE(std::is_sorted(events.progress.cbegin(), events.progress.cend()));
+        EXPECT_EQ(events.operations, QList<QString>{c.encode ? QStringLiteral("Encode") : QStringLiteral("Decode")});
+    }
+}
+
+TEST(Base64, EmptyInputRaisesNoEvents)
+{
+    Base64Encoding codec;
+    Events events;
+    recordEvents(codec, events);
+    codec.encodeB64({});
+    codec.decodeB64({});
+    EXPECT_TRUE(events.progress.isEmpty());
+    EXPECT_TRUE(events.operations.isEmpty());
+}
+
+} // namespace

@@ -1,0 +1,422 @@
+#include "core/fileservices.h"
+
+#include "support/testsupport.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace files = valtrona::files;
+using valtrona::test::Sandbox;
+
+namespace {
+
+struct TextCase
+{
+    const char *name;
+    std::function<QString(const QString &)> op;
+    QString input;
+    QString expected;
+};
+
+QString u8(const char *text)
+{
+    return QString::fromUtf8(text);
+}
+
+TEST(FileServices, PathTextIsTakenApartAtBothSeparators)
+{
+    const auto add = [](const QString &p) { return files::addTrailingSeparator(p); };
+    const auto remove = [](const QString &p) { return files::removeTrailingSeparator(p); };
+    const auto name = [](const QString &p) { return files::fileNamePart(p); };
+    const auto nameDropping = [](const QString &p) { return files::fileNamePart(p, true); };
+    const auto base = [](const QString &p) { return files::baseName(p); };
+    const auto dir = [](const QString &p) { return files::directoryPart(p); };
+    const auto ext = [](const QString &p) { return files::extensionPart(p); };
+    const auto strip = [](const QString &p) { return files::stripExtension(p); };
+
+    const TextCase cases[] = {
+        {"add", add, u8("  /Fotos/Urlaub  "), u8("/Fotos/Urlaub/")},
+        {"add", add, u8(""), u8("")},
+        {"add", add, u8("   "), u8("")},
+        {"add", add, u8("/Fotos/"), u8("/Fotos/")},
+        {"add", add, u8("C:\\Fotos\\"), u8("C:\\Fotos\\")},
+        {"add", add, u8("a"), u8("a/")},
+        {"remove", remove, u8("/"), u8("/")},
+        {"remove", remove, u8("/a/"), u8("/a")},
+        {"remove", remove, u8("a\\"), u8("a")},
+        {"remove", remove, u8("a//"), u8("a/")},
+        {"name", name, u8("/a/b.jpg"), u8("b.jpg")},
+        {"name", name, u8("C:\\a\\c.jpg"), u8("c.jpg")},
+        {"name", name, u8("b.jpg"), u8("b.jpg")},
+        {"name", name, u8("/a/b/"), u8("")},
+        {"nameDropping", nameDropping, u8("/a/b/"), u8("b")},
+        {"base", base, u8("/Fotos.2024/scan"), u8("scan")},
+        {"base", base, u8("/x/a.b.jpg"), u8("a.b")},
+        {"base", base, u8("x\\Müll.JPG"), u8("Müll")},
+        {"dir", dir, u8("bild.jpg"), u8("bild.jpg")},
+        {"dir", dir, u8("/a/b/c.jpg"), u8("/a/b")},
+        {"dir", dir, u8("D:\\A\\x.png"), u8("D:\\A")},
+        {"dir", dir, u8("/x.jpg"), u8("")},
+        {"ext", ext, u8("/Fotos.2024/scan"), u8("")},
+        {"ext", ext, u8("x.JPG"), u8("JPG")},
+        {"ext", ext, u8("a.tar.gz"), u8("gz")},
+        {"ext", ext, u8("a\\b.c\\d"), u8("")},
+        {"strip", strip, u8("/Fotos.2024/scan"), u8("/Fotos.2024/scan")},
+        {"strip", strip, u8("/a/x.JPG"), u8("/a/x")},
+        {"strip", strip, u8("x."), u8("x")},
+    };
+    for (const TextCase &c : cases)
+        EXPECT_EQ(c.op(c.input), c.expected) << c.name << "(\"" << c.input.toStdString() << "\")";
+}
+
+TEST(FileServices, TrimControlCharsByMode)
+{
+    const QString text = u8("\t\x01 a b \r\n");
+    EXPECT_EQ(files::trimControlChars(text, files::TrimLeading), u8("a b \r\n"));
+    EXPECT_EQ(files::trimControlChars(text, files::TrimTrailing), u8("\t\x01 a b"));
+    EXPECT_EQ(files::trimControlChars(text, files::TrimBoth), u8("a b"));
+    EXPECT_EQ(files::trimControlChars(text, 0), text);
+    EXPECT_EQ(files::trimControlChars(u8(" \t "), files::TrimBoth), u8(""));
+}
+
+TEST(FileServices, ReplaceResumesAfterTheReplacement)
+{
+    struct Case
+    {
+        const char *text, *find, *replacement;
+        Qt::CaseSensitivity cs;
+        const char *all;
+        int allCount;
+        const char *first;
+    };
+    const Case cases[] = {
+        {"aXa", "a", "aa", Qt::CaseSensitive, "aaXaa", 2, "aaXa"},
+        {"IMG img Img", "img", "Bild", Qt::CaseInsensitive, "Bild Bild Bild", 3, "Bild img Img"},
+        {"IMG img Img", "img", "Bild", Qt::CaseSensitive, "IMG Bild Img", 1, "IMG Bild Img"},
+        {"aaaa", "aa", "a", Qt::CaseSensitive, "aa", 2, "aaa"},
+        {"abc", "", "x", Qt::CaseSensitive, "abc", 0, "abc"},
+        {"abc", "d", "x", Qt::CaseSensitive, "abc", 0, "abc"},
+        {"Straße", "STRASSE", "x", Qt::CaseInsensitive, "Straße", 0, "Straße"},
+    };
+    for (const Case &c : cases) {
+        QString all = u8(c.text);
+        EXPECT_EQ(files::replaceAll(all, u8(c.find), u8(c.replacement), c.cs), c.allCount) << c.text;
+        EXPECT_EQ(all, u8(c.all)) << c.text;
+        QString first = u8(c.text);
+        EXPECT_EQ(files::replaceFirst(first, u8(c.find), u8(c.replacement), c.cs), c.allCount > 0 ? 1 : 0);
+        EXPECT_EQ(first, u8(c.first)) << c.text;
+    }
+}
+
+TEST(FileServices, ExistenceQueries)
+{
+    Sandbox box;
+    box.writeFile(QStringLiteral("Bilder/A.JPG"), "x");
+    box.writeFile(QStringLiteral("Bilder/notes.txt"), "x");
+    QDir().mkpath(box.filePath(QStringLiteral("Leer")));
+    ASSERT_EQ(::symlink("nowhere", QFile::encodeName(box.filePath(QStringLiteral("dangling"))).constData()), 0);
+
+    struct Case { QString path; bool file; bool dir; };
+    const Case cases[] = {
+        {QString(), false, false},
+        {QStringLiteral("."), false, true},
+        {box.filePath(QStringLiteral("Bilder/A.JPG")), true, false},
+        {box.filePath(QStringLiteral("Bilder")), true, true},
+        {box.filePath(QStringLiteral("Bilder/")), true, true},
+        {box.filePath(QStringLiteral("Bilder/*.jpg")), true, false},
+        {box.filePath(QStringLiteral("Bilder/?.jpg")), true, false},
+        {box.filePath(QStringLiteral("Bilder/*.png")), false, false},
+        {box.filePath(QStringLiteral("Leer/*.*")), false, false},
+        {box.filePath(QStringLiteral("Fehlt/*.jpg")), false, false},
+        {box.filePath(QStringLiteral("missing.jpg")), false, false},
+        {box.filePath(QStringLiteral("dangling")), true, false},
+        {QStringLiteral("/"), true, true},
+    };
+    for (const Case &c : cases) {
+        EXPECT_EQ(files::fileExists(c.path), c.file) << c.path.toStdString();
+        EXPECT_EQ(files::dirExists(c.path), c.dir) << c.path.toStdString();
+        EXPECT_EQ(files::dirExistsNonEmpty(c.path), c.dir) << c.path.toStdString();
+    }
+}
+
+TEST(FileServices, CreateDirectoryChainCreatesEveryLevel)
+{
+    Sandbox box;
+    const QString deep = box.filePath(QStringLiteral("eins/zwei/drei"));
+    EXPECT_TRUE(files::createDirectoryChain(deep));
+    EXPECT_TRUE(QFileInfo(box.filePath(QStringLiteral("eins/zwei/drei"))).isDir());
+    EXPECT_TRUE(files::createDirectoryChain(deep + QLatin1Char('/')));  // already there
+
+    // "\" is a separator too, not part of a name.
+    EXPECT_TRUE(files::createDirectoryChain(box.path() + QStringLiteral("\\a\\b\\")));
+    EXPECT_TRUE(QFileInfo(box.filePath(QStringLiteral("a/b"))).isDir());
+
+    // A file in the way: no directory, and the file is untouched.
+    box.writeFile(QStringLiteral("datei"), "inhalt");
+    EXPECT_FALSE(files::createDirectoryChain(box.filePath(QStringLiteral("datei/unter"))));
+    EXPECT_EQ(valtrona::test::readAll(box.filePath(QStringLiteral("datei"))), QByteArray("inhalt"));
+}
+
+TEST(FileServices, CreateDirectoryChainOnReadOnlyParentFails)
+{
+    if (::geteuid() == 0)
+        GTEST_SKIP() << "root ignores directory permissions";
+    Sandbox box;
+    const QString locked = box.filePath(QStringLiteral("locked"));
+    QDir().mkpath(locked);
+    ::chmod(QFile::encodeName(locked).constData(), 0555);
+    EXPECT_FALSE(files::createDirectoryChain(locked + QStringLiteral("/x/y")));
+    ::chmod(QFile::encodeName(locked).constData(), 0755);
+}
+
+TEST(FileServices, TextFilesAreReplacedWhole)
+{
+    Sandbox box;
+    const QString path = box.filePath(QStringLiteral("text.txt"));
+    EXPECT_TRUE(files::writeFileText(path, u8("erste Fassung, länger")));
+    EXPECT_TRUE(files::writeFileText(path, u8("zweite")));
+    QString text = u8("unverändert");
+    EXPECT_EQ(files::readFileText(path, text), 6);
+    EXPECT_EQ(text, u8("zweite"));
+
+    text = u8("unverändert");
+    EXPECT_EQ(files::readFileText(box.filePath(QStringLiteral("fehlt.txt")), text), 0);
+    EXPECT_EQ(text, u8("unverändert"));
+    EXPECT_FALSE(files::writeFileText(box.filePath(QStringLiteral("fehlt/text.txt")), u8("x")));
+    EXPECT_EQ(QDir(box.path()).entryList(QDir::Files), QStringList{QStringLiteral("text.txt")});
+}
+
+TEST(FileServices, AtomicCopy)
+{
+    Sandbox box;
+    QByteArray big(3 * 1024 * 1024 + 17, Qt::Uninitialized);
+    for (qsizetype i = 0; i < big.size(); ++i)
+        big[i] = static_cast<char>((i * 131) ^ (i >> 9));
+    const QString source = box.writeFile(QStringLiteral("quelle.jpg"), big);
+
+    const QString target = box.filePath(QStringLiteral("ziel.jpg"));
+    box.writeFile(QStringLiteral("ziel.jpg"), "alter Inhalt");
+    ASSERT_TRUE(files::copyFileAtomically(source, target).has_value());
+    EXPECT_EQ(valtrona::test::readAll(target), big);
+
+    // The same file under another name is never truncated.
+    ASSERT_EQ(::symlink(QFile::encodeName(source).constData(),
+                        QFile::encodeName(box.filePath(QStringLiteral("link.jpg"))).constData()), 0);
+    ASSERT_EQ(::link(QFile::encodeName(source).constData(),
+                     QFile::encodeName(box.filePath(QStringLiteral("hart.jpg"))).constData()), 0);
+    for (const QString &same : {source, box.filePath(QStringLiteral("link.jpg")),
+                                box.filePath(QStringLiteral("hart.jpg"))}) {
+        EXPECT_TRUE(files::copyFileAtomically(source, same).has_value()) << same.toStdString();
+        EXPECT_EQ(valtrona::test::readAll(source), big) << same.toStdString();
+    }
+
+    const auto missing = files::copyFileAtomically(box.filePath(QStringLiteral("fehlt.jpg")), target);
+    ASSERT_FALSE(missing.has_value());
+    EXPECT_EQ(missing.error().code, files::FileError::Code::NotFound);
+    EXPECT_FALSE(missing.error().message.isEmpty());
+    EXPECT_EQ(valtrona::test::readAll(target), big);
+
+    const auto noDir = files::copyFileAtomically(source, box.filePath(QStringLiteral("fehlt/x.jpg")));
+    ASSERT_FALSE(noDir.has_value());
+    EXPECT_EQ(noDir.error().code, files::FileError::Code::OpenFailed);
+
+    const auto fromDir = files::copyFileAtomically(box.path(), box.filePath(QStringLiteral("y.jpg")));
+    EXPECT_FALSE(fromDir.has_value());
+    EXPECT_FALSE(QFileInfo::exists(box.filePath(QStringLiteral("y.jpg"))));
+
+    // Nothing but the files made here: no temporary leftovers.
+    QStringList names = QDir(box.path()).entryList(QDir::Files | QDir::Hidden | QDir::System);
+    names.sort();
+    EXPECT_EQ(names, (QStringList{QStringLiteral("hart.jpg"), QStringLiteral("link.jpg"),
+                                  QStringLiteral("quelle.jpg"), QStringLiteral("ziel.jpg")}));
+}
+
+TEST(FileServices, SetFileTimesSelectsTimes)
+{
+    Sandbox box;
+    const QString path = box.writeFile(QStringLiteral("bild.jpg"), "x");
+    const QDateTime written(QDate(2019, 7, 14), QTime(13, 5, 42), Qt::UTC);
+    const QDateTime accessed(QDate(2020, 1, 2), QTime(3, 4, 5), Qt::UTC);
+
+    ASSERT_TRUE(files::setFileTimes(path, written, 0));  // 0 means the write time
+    EXPECT_EQ(QFileInfo(path).lastModified().toUTC(), written);
+
+    ASSERT_TRUE(files::setFileTimes(path, accessed, files::LastAccessTime));
+    QFileInfo info(path);
+    EXPECT_EQ(info.lastModified().toUTC(), written);
+    EXPECT_EQ(info.lastRead().toUTC(), accessed);
+
+    // Local time is converted, so the same instant results.
+    const QDateTime local = written.toLocalTime();
+    ASSERT_TRUE(files::setFileTimes(path, local.addSecs(60), files::LastWriteTime | files::CreationTime));
+    EXPECT_EQ(QFileInfo(path).lastModified().toUTC(), written.addSecs(60));
+
+    // Before 1970 and with milliseconds.
+    const QDateTime old(QDate(1965, 3, 1), QTime(8, 0, 0, 250), Qt::UTC);
+    ASSERT_TRUE(files::setFileTimes(path, old, files::LastWriteTime));
+    EXPECT_EQ(QFileInfo(path).lastModified().toUTC(), old);
+
+    EXPECT_TRUE(files::setFileTimes(box.path(), written, files::LastWriteTime));
+    EXPECT_EQ(QFileInfo(box.path()).lastModified().toUTC(), written);
+
+    EXPECT_FALSE(files::setFileTimes(path, written, files::CreationTime));
+    EXPECT_FALSE(files::setFileTimes(box.filePath(QStringLiteral("fehlt.jpg")), written));
+    EXPECT_FALSE(files::setFileTimes(path, QDateTime()));
+}
+
+// root/ a.jpg b.JPG c.txt .hidden/h.jpg aa/z.jpg Sub/x.jpg Sub/y.Jpg
+//       Sub/back -> root (a loop), loop -> root, dangling.jpg -> nowhere
+class DirectoryWalk : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        for (const char *name : {"b.JPG", "a.jpg", "c.txt", ".hidden/h.jpg", "aa/z.jpg", "Sub/y.Jpg", "Sub/x.jpg"})
+            m_box.writeFile(u8(name), "x");
+        link(m_box.path(), QStringLiteral("loop"));
+        link(QStringLiteral(".."), QStringLiteral("Sub/back"));
+        link(QStringLiteral("nowhere.jpg"), QStringLiteral("dangling.jpg"));
+        ::mkfifo(QFile::encodeName(m_box.filePath(QStringLiteral("pipe.jpg"))).constData(), 0600);
+    }
+
+    void link(const QString &target, const QString &name)
+    {
+        ASSERT_EQ(::symlink(QFile::encodeName(target).constData(),
+                            QFile::encodeName(m_box.filePath(name)).constData()), 0);
+    }
+
+    QString root() const { return m_box.path() + QLatin1Char('/'); }
+
+    QStringList relative(const QStringList &paths) const
+    {
+        QStringList out;
+        for (const QString &path : paths) {
+            EXPECT_TRUE(path.startsWith(root())) << path.toStdString();
+            out.append(path.mid(root().size()));
+        }
+        return out;
+    }
+
+    Sandbox m_box;
+};
+
+TEST_F(DirectoryWalk, FollowsTheOrderAndMatchesTheMaskInAnyCase)
+{
+    struct Case
+    {
+        const char *what;
+        QString mask;
+        bool recurse;
+        bool hidden;
+        QStringList files;
+    };
+    const Case cases[] = {
+        {"flat", QStringLiteral("*.jpg"), false, true,
+         {QStringLiteral("a.jpg"), QStringLiteral("b.JPG")}},
+        // Files of a directory first, then its subdirectories in name order.
+        {"recursive mask", QStringLiteral("*.jpg"), true, true,
+         {QStringLiteral("a.jpg"), QStringLiteral("b.JPG"), QStringLiteral(".hidden/h.jpg"),
+          QStringLiteral("aa/z.jpg"), QStringLiteral("Sub/x.jpg"), QStringLiteral("Sub/y.Jpg")}},
+        {"recursive mask, no hidden", QStringLiteral("*.JPG"), true, false,
+         {QStringLiteral("a.jpg"), QStringLiteral("b.JPG"), QStringLiteral("aa/z.jpg"),
+          QStringLiteral("Sub/x.jpg"), QStringLiteral("Sub/y.Jpg")}},
+        // "*.*": subdirectories are walked where they are met.
+        {"recursive all", QStringLiteral("*.*"), true, true,
+         {QStringLiteral(".hidden/h.jpg"), QStringLiteral("a.jpg"), QStringLiteral("aa/z.jpg"),
+          QStringLiteral("b.JPG"), QStringLiteral("c.txt"), QStringLiteral("Sub/x.jpg"),
+          QStringLiteral("Sub/y.Jpg")}},
+        {"single letter", QStringLiteral("?.txt"), true, true, {QStringLiteral("c.txt")}},
+    };
+    for (const Case &c : cases) {
+        files::ListFilesOptions options;
+        options.mask = c.mask;
+        options.recurse = c.recurse;
+        options.includeHidden = c.hidden;
+        const auto result = files::listFiles(m_box.path(), options);
+        ASSERT_TRUE(result.has_value()) << c.what;
+        EXPECT_EQ(relative(result->files), c.files) << c.what;
+        EXPECT_FALSE(result->cancelled);
+    }
+}
+
+TEST_F(DirectoryWalk, CollectsDirectoriesWithTrailingSeparator)
+{
+    files::ListFilesOptions options;
+    options.recurse = true;
+    options.collectFiles = false;
+    options.collectDirectories = true;
+    const auto result = files::listFiles(root(), options);
+    ASSERT_TRUE(result.has_value());
+    EXPECT_TRUE(result->files.isEmpty());
+    // The links are entries of their directories; what they lead to is
+    // walked once only.
+    EXPECT_EQ(relative(result->directories),
+              (QStringList{QStringLiteral(".hidden/"), QStringLiteral("aa/"), QStringLiteral("loop/"),
+                           QStringLiteral("Sub/"), QStringLiteral("Sub/back/")}));
+}
+
+TEST_F(DirectoryWalk, SortsByPathOrByTime)
+{
+    files::ListFilesOptions options;
+    options.mask = QStringLiteral("*.jpg");
+    options.recurse = true;
+    options.includeHidden = false;
+    options.sort = files::ListSort::ByPath;
+    auto result = files::listFiles(m_box.path(), options);
+    ASSERT_TRUE(result.has_value());
+    EXPECT_EQ(relative(result->files),
+              (QStringList{QStringLiteral("a.jpg"), QStringLiteral("aa/z.jpg"), QStringLiteral("b.JPG"),
+                           QStringLiteral("Sub/x.jpg"), QStringLiteral("Sub/y.Jpg")}));
+
+    const QDateTime base(QDate(2021, 5, 1), QTime(12, 0), Qt::UTC);
+    const char *newestLast[] = {"Sub/y.Jpg", "b.JPG", "aa/z.jpg", "a.jpg", "Sub/x.jpg"};
+    for (int i = 0; i < 5; ++i)
+        ASSERT_TRUE(files::setFileTimes(m_box.filePath(u8(newestLast[i])), base.addSecs(i)));
+    options.sort = files::ListSort::ByModificationTime;
+    result = files::listFiles(m_box.path(), options);
+    ASSERT_TRUE(result.has_value());
+    QStringList expected;
+    for (const char *name : newestLast)
+        expected.append(u8(name));
+    EXPECT_EQ(relative(result->files), expected);
+}
+
+TEST_F(DirectoryWalk, CancelStopsBeforeTheNextDirectory)
+{
+    std::atomic_bool cancel = false;
+    files::ListFilesOptions options;
+    options.recurse = true;
+    options.cancel = &cancel;
+    // The flag is set by an event that runs while the walk serves events.
+    QMetaObject::invokeMethod(QCoreApplication::instance(), [&cancel] { cancel = true; }, Qt::QueuedConnection);
+    const auto result = files::listFiles(m_box.path(), options);
+    ASSERT_TRUE(result.has_value());
+    EXPECT_TRUE(result->cancelled);
+    EXPECT_TRUE(result->files.isEmpty());
+
+    options.processEvents = false;
+    const auto untouched = files::listFiles(m_box.path(), options);
+    ASSERT_TRUE(untouched.has_value());
+    EXPECT_TRUE(untouched->cancelled);
+}
+
+TEST_F(DirectoryWalk, RefusesAMissingStart)
+{
+    for (const QString &start : {QString(), m_box.filePath(QStringLiteral("fehlt")),
+                                 m_box.filePath(QStringLiteral("a.jpg"))}) {
+        const auto result = files::listFiles(start);
+        ASSERT_FALSE(result.has_value()) << start.toStdString();
+        EXPECT_EQ(result.error().code, files::FileError::Code::NotFound);
+    }
+}
+
+} // namespace

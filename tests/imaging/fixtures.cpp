@@ -1,0 +1,164 @@
+#include "fixtures.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace valtrona::test {
+
+PixelBuffer gradientImage(int width, int height)
+{
+    PixelBuffer image {QByteArray(qsizetype(width) * height * 3, Qt::Uninitialized), width, height, 3};
+    char *p = image.bytes.data();
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const double fx = width > 1 ? double(x) / (width - 1) : 0.0;
+            const double fy = height > 1 ? double(y) / (height - 1) : 0.0;
+            *p++ = char(std::lround(20 + 215 * fx));
+            *p++ = char(std::lround(30 + 200 * fy));
+            *p++ = char(std::lround(128 + 90 * std::sin(6.0 * fx) * std::cos(4.0 * fy)));
+        }
+    }
+    return image;
+}
+
+PixelBuffer solidImage(int width, int height, int red, int green, int blue)
+{
+    PixelBuffer image {QByteArray(qsizetype(width) * height * 3, Qt::Uninitialized), width, height, 3};
+    for (qsizetype i = 0; i < image.bytes.size(); i += 3) {
+        image.bytes[i] = char(red);
+        image.bytes[i + 1] = char(green);
+        image.bytes[i + 2] = char(blue);
+    }
+    return image;
+}
+
+void writePnm(const QString &path, const PixelBuffer &image)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return;
+    const QByteArray magic = image.channels == 1 ? "P5" : "P6";
+    file.write(magic + '\n' + QByteArray::number(image.width) + ' ' + QByteArray::number(image.height)
+               + "\n255\n");
+    file.write(image.bytes);
+}
+
+bool runTool(const QString &program, const QStringList &arguments, QByteArray *output)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::SeparateChannels);
+    process.start(program, arguments);
+    if (!process.waitForFinished(60000))
+        return false;
+    if (output)
+        *output = process.readAllStandardOutput();
+    return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+}
+
+QString writeWithVips(const QString &path, const PixelBuffer &image, const QString &saveOptions)
+{
+    QTemporaryDir scratch;
+    const QString pnm = scratch.filePath(image.channels == 1 ? QStringLiteral("in.pgm")
+                                                             : QStringLiteral("in.ppm"));
+    writePnm(pnm, image);
+    runTool(QStringLiteral("vips"), {QStringLiteral("copy"), pnm, path + saveOptions});
+    return path;
+}
+
+namespace {
+
+// Resamples one axis: `count` lines of `length` samples, `stride` apart,
+// each sample `step` apart, into `target` samples.
+std::vector<double> resampleAxis(const std::vector<double> &in, int length, int target, int count,
+                                 int channels, bool horizontal, int otherLength)
+{
+    const int width = horizontal ? target : otherLength;
+    const int height = horizontal ? otherLength : target;
+    const int inWidth = horizontal ? length : otherLength;
+    std::vector<double> out(size_t(width) * height * channels, 0.0);
+    auto at = [&](int along, int across, int c) {
+        const int x = horizontal ? along : across;
+        const int y = horizontal ? across : along;
+        return in[(size_t(y) * inWidth + x) * channels + c];
+    };
+    const double scale = double(length) / target;
+    for (int across = 0; across < count; ++across) {
+        for (int t = 0; t < target; ++t) {
+            for (int c = 0; c < channels; ++c) {
+                double value = 0;
+                if (target < length) {
+                    const double start = t * scale;
+                    const double end = start + scale;
+                    for (int s = int(std::floor(start)); s < int(std::ceil(end)) && s < length; ++s) {
+                        const double weight = std::min(end, s + 1.0) - std::max(start, double(s));
+                        value += weight * at(s, across, c);
+                    }
+                    value /= scale;
+                } else {
+                    const double centre = std::clamp((t + 0.5) * scale - 0.5, 0.0, double(length - 1));
+                    const int left = int(std::floor(centre));
+                    const int right = std::min(left + 1, length - 1);
+                    const double f = centre - left;
+                    value = (1 - f) * at(left, across, c) + f * at(right, across, c);
+                }
+                const int x = horizontal ? t : across;
+                const int y = horizontal ? across : t;
+                out[(size_t(y) * width + x) * channels + c] = value;
+            }
+        }
+    }
+    return out;
+}
+
+} // namespace
+
+PixelBuffer referenceResample(const PixelBuffer &image, int width, int height)
+{
+    std::vector<double> data(size_t(image.bytes.size()));
+    for (qsizetype i = 0; i < image.bytes.size(); ++i)
+        data[size_t(i)] = static_cast<unsigned char>(image.bytes.at(i));
+    data = resampleAxis(data, image.width, width, image.height, image.channels, true, image.height);
+    data = resampleAxis(data, image.height, height, width, image.channels, false, width);
+    PixelBuffer result {QByteArray(qsizetype(data.size()), Qt::Uninitialized), width, height, image.channels};
+    for (size_t i = 0; i < data.size(); ++i)
+        result.bytes[qsizetype(i)] = char(std::clamp<long>(std::lround(data[i]), 0, 255));
+    return result;
+}
+
+PixelBuffer pixelsOf(const imaging::RgbaImage &image)
+{
+    return {image.pixels, image.width, image.height, 4};
+}
+
+PixelBuffer pixelsOf(const imaging::Picture &picture)
+{
+    return pixelsOf(picture.toRgba());
+}
+
+PixelBuffer firstChannels(const PixelBuffer &image, int channels)
+{
+    PixelBuffer result {QByteArray(), image.width, image.height, channels};
+    const qsizetype pixels = qsizetype(image.width) * image.height;
+    result.bytes.reserve(pixels * channels);
+    for (qsizetype p = 0; p < pixels; ++p)
+        result.bytes.append(image.bytes.constData() + p * image.channels, channels);
+    return result;
+}
+
+quint32 crc32(const QByteArray &bytes)
+{
+    quint32 crc = 0xFFFFFFFFu;
+    for (const char byte : bytes) {
+        crc ^= static_cast<unsigned char>(byte);
+        for (int k = 0; k < 8; ++k)
+            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
+    }
+    return ~crc;
+}
+
+} // namespace valtrona::test

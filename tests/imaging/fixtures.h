@@ -1,0 +1,47 @@
+#pragma once
+
+// Test images for the imaging tests: synthetic pixels, files written without
+// the layer under test (plain PPM, or the libvips command-line tools), a
+// plain reference resample, and the layer's pictures as comparable buffers.
+
+#include "imaging/picture.h"
+#include "support/imagecompare.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+namespace valtrona::test {
+
+/// A smooth, colourful image without flat areas: red grows to the right,
+/// green downwards, blue in soft waves.
+PixelBuffer gradientImage(int width, int height);
+
+/// One colour everywhere.
+PixelBuffer solidImage(int width, int height, int red, int green, int blue);
+
+/// Writes 1 (grey) or 3 (RGB) channel pixels as a binary PGM/PPM file.
+void writePnm(const QString &path, const PixelBuffer &image);
+
+/// Runs a program; true when it exits with 0. Output goes to *output.
+bool runTool(const QString &program, const QStringList &arguments, QByteArray *output = nullptr);
+
+/// Writes image to path through a PPM and `vips copy` (the suffix and
+/// "[options]" on path choose the format), returns path.
+QString writeWithVips(const QString &path, const PixelBuffer &image, const QString &saveOptions = {});
+
+/// A reference resample in plain code: area average when shrinking, linear
+/// interpolation between pixel centres when enlarging, each axis on its own.
+PixelBuffer referenceResample(const PixelBuffer &image, int width, int height);
+
+/// The picture's pixels as 4-channel RGBA.
+PixelBuffer pixelsOf(const imaging::Picture &picture);
+PixelBuffer pixelsOf(const imaging::RgbaImage &image);
+
+/// Keeps only the first `channels` channels of every pixel.
+PixelBuffer firstChannels(const PixelBuffer &image, int channels);
+
+/// CRC-32 as PNG chunks use it.
+quint32 crc32(const QByteArray &bytes);
+
+} // namespace valtrona::test
