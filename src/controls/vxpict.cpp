@@ -6,6 +6,7 @@
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QFileDialog>
+#include <QFile>
 #include <QFileInfo>
 #include <QFontMetrics>
 #include <QGuiApplication>
@@ -16,6 +17,7 @@
 #include <QWheelEvent>
 
 #include "controls/vxnotice.h"
+#include "core/base64.h"
 
 using namespace Qt::StringLiterals;
 
@@ -657,6 +659,54 @@ bool VxPict::setPictureData(const QByteArray &encoded)
     updateToolTip();
     update();
     return readOk;
+}
+
+QString VxPict::fileNameB64() const
+{
+    return m_fileNameB64;
+}
+
+void VxPict::setFileNameB64(const QString &path)
+{
+    if (refusedAtDesignTime())
+        return;
+    m_fileNameB64 = path;
+    QByteArray text;
+    QFile file(path);
+    if (file.open(QIODevice::ReadOnly))
+        text = file.readAll();
+    showBase64(text);
+}
+
+QByteArray VxPict::pictureB64Buffer() const
+{
+    return m_pictureB64Buffer;
+}
+
+void VxPict::setPictureB64Buffer(const QByteArray &text)
+{
+    if (refusedAtDesignTime())
+        return;
+    m_pictureB64Buffer = text;
+    showBase64(text);
+}
+
+Base64Encoding &VxPict::base64Codec()
+{
+    if (!m_codec)
+        m_codec = std::make_unique<Base64Encoding>();
+    return *m_codec;
+}
+
+void VxPict::showBase64(const QByteArray &text)
+{
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    const QByteArray bytes = base64Codec().decodeB64(text);
+    m_fileName.clear();
+    m_held = QImage();
+    m_display = QPixmap();
+    setPictureData(bytes);
+    QGuiApplication::restoreOverrideCursor();
 }
 
 QImage VxPict::pictureOrg() const

@@ -19,6 +19,8 @@ class QMenu;
 
 namespace valtrona {
 
+class Base64Encoding;
+
 /// Size modes of the picture view (PreviewSize).
 namespace PreviewSizeMode {
 inline constexpr int Fit = 0;       ///< as large as fits the work area, aspect kept
@@ -88,6 +90,8 @@ class VxPict : public QWidget
     Q_PROPERTY(QFont Font READ font WRITE setFont)
     Q_PROPERTY(bool Enabled READ isEnabled WRITE setEnabled)
     Q_PROPERTY(QString FileName READ fileName WRITE setFileName)
+    Q_PROPERTY(QString FileNameB64 READ fileNameB64 WRITE setFileNameB64)
+    Q_PROPERTY(QByteArray PictureB64Buffer READ pictureB64Buffer WRITE setPictureB64Buffer)
     Q_PROPERTY(QImage PictureOrg READ pictureOrg)
     Q_PROPERTY(int PictureWidth READ pictureWidth)
     Q_PROPERTY(int PictureHeight READ pictureHeight)
@@ -185,6 +189,20 @@ public:
     void setPicture(const QImage &image);
     /// Shows a picture from encoded file bytes (JPEG, PNG, ...) held in memory.
     bool setPictureData(const QByteArray &encoded);
+    /// A picture given as base64 text: FileNameB64 names a text file that
+    /// holds it, PictureB64Buffer holds the text itself. The text is
+    /// decoded in memory (line breaks allowed) with base64Codec()'s coding
+    /// table, never through a temporary file. The picture replaces the one
+    /// shown and FileName becomes empty; without a readable picture the
+    /// view is empty.
+    QString fileNameB64() const;
+    void setFileNameB64(const QString &path);
+    QByteArray pictureB64Buffer() const;
+    void setPictureB64Buffer(const QByteArray &text);
+    /// The codec for base64 pictures, made on first use and kept; choose
+    /// its coding table here (0, standard base64, unless changed).
+    Base64Encoding &base64Codec();
+
     /// The picture as it was read (at the size it was read at).
     QImage pictureOrg() const;
     /// The held picture's own size, 0 when none is held.
@@ -280,6 +298,7 @@ private:
     LoadedPicture readSource(const ShownSizeFunction &shownSize);
     ShownSizeFunction shownSizeFunction() const;
     QImage fullPicture();
+    void showBase64(const QByteArray &text);
     quint32 ticks() const;
     QColor color(quint32 value) const;
     PictureLoader &loader();
@@ -319,6 +338,9 @@ private:
     int m_showPictureToolTip = 0;
 
     QString m_fileName;
+    QString m_fileNameB64;
+    QByteArray m_pictureB64Buffer;
+    std::unique_ptr<Base64Encoding> m_codec;
     Source m_source = Source::None;
     QByteArray m_sourceData;
     QImage m_direct;

@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include "controls/vxnotice.h"
+#include "core/base64.h"
 #include "controls/vxpict.h"
 #include "support/testsupport.h"
 
@@ -380,6 +381,69 @@ TEST_F(VxPictTest, UserPopUpInsteadOfTheOwnMenu)
     QApplication::sendEvent(&view, &event);
     ASSERT_EQ(popUp.size(), 1);
     EXPECT_EQ(popUp[0].at(0).toPoint(), QPoint(105, 205));
+}
+
+TEST_F(VxPictTest, Base64PicturesAreDecodedInMemory)
+{
+    Base64Encoding codec;
+    const QByteArray text = codec.encodeB64(QByteArray("any picture bytes"));
+
+    view.setFileName(u"/bilder/vorher.jpg"_s);
+    view.setPictureB64Buffer(text);
+    EXPECT_EQ(loader->dataLoads, 1) << "decoded bytes go to the loader as data";
+    EXPECT_EQ(loader->paths.size(), 1) << "no file is read for a buffer";
+    EXPECT_TRUE(view.hasPicture());
+    EXPECT_TRUE(view.fileName().isEmpty());
+    EXPECT_EQ(view.pictureB64Buffer(), text);
+}
+
+TEST(VxPictBase64, RealPicturesFromBufferAndTextFile)
+{
+    QImage image(48, 32, QImage::Format_RGB32);
+    image.fill(QColor(10, 200, 30));
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    ASSERT_TRUE(image.save(&buffer, "PNG"));
+
+    Base64Encoding standard;
+    Base64Encoding own;
+    own.setActiveCodingTable(1);
+    const struct
+    {
+        const char *what;
+        int table;
+        QByteArray text;
+    } cases[] = {
+        {"plain", 0, standard.encodeB64(png)},
+        {"in lines of 76", 0, Base64Encoding::span(76, standard.encodeB64(png))},
+        {"coding table 1", 1, own.encodeB64(png)},
+    };
+    test::Sandbox sandbox;
+    for (const auto &c : cases) {
+        VxPict view;
+        view.resize(120, 90);
+        view.base64Codec().setActiveCodingTable(c.table);
+        view.setPictureB64Buffer(c.text);
+        EXPECT_EQ(QSize(view.pictureWidth(), view.pictureHeight()), QSize(48, 32)) << c.what;
+        EXPECT_EQ(view.pictureOrg().pixelColor(5, 5), QColor(10, 200, 30)) << c.what;
+
+        VxPict fromFile;
+        fromFile.base64Codec().setActiveCodingTable(c.table);
+        fromFile.setFileNameB64(sandbox.writeFile(u"bild.b64"_s, c.text));
+        EXPECT_EQ(fromFile.pictureWidth(), 48) << c.what;
+    }
+
+    VxPict view;
+    view.setPictureB64Buffer(standard.encodeB64(png));
+    ASSERT_TRUE(view.hasPicture());
+    view.setPictureB64Buffer("kein Bild!");
+    EXPECT_FALSE(view.hasPicture()) << "text that is no picture leaves the view empty";
+    view.setPictureB64Buffer(standard.encodeB64(png).left(40));
+    EXPECT_FALSE(view.hasPicture()) << "a cut-off picture";
+    view.setFileNameB64(sandbox.filePath(u"fehlt.b64"_s));
+    EXPECT_FALSE(view.hasPicture());
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
 }
 
 TEST(VxPictFiles, RealJpegIsReadSmallAndSavedFull)
