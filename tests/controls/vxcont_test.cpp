@@ -1,5 +1,8 @@
 #include <QDeadlineTimer>
+#include <QFontMetrics>
 #include <QImage>
+#include <QPainter>
+#include <QVBoxLayout>
 #include <QSignalSpy>
 #include <QTest>
 #include <QVariant>
@@ -53,6 +56,109 @@ TEST(BorderStyleNames, DisplayTextIsCodeDashName)
         EXPECT_FALSE(borderStyleName(code).isEmpty()) << code;
         EXPECT_EQ(all.indexOf(borderStyleDisplayText(code)), code) << "names must be unique";
     }
+}
+
+TEST(BorderGeometry, MarginsFollowStyleLineWidthAndSwitchedLines)
+{
+    const struct
+    {
+        int style;
+        int lineWidth;
+        bool outer;
+        bool inner;
+        QMargins expected;
+    } cases[] = {
+        {BorderStyleCode::ThreedInner, 1, true, true, {1, 1, 1, 1}},
+        {BorderStyleCode::PictureBox, 1, true, true, {2, 2, 2, 2}},
+        {BorderStyleCode::PictureBox, 3, true, true, {6, 6, 6, 6}},
+        {BorderStyleCode::PictureBox, 0, true, true, {2, 2, 2, 2}},   // width 0 draws 1 px lines
+        {BorderStyleCode::PictureBox, 1, false, true, {2, 2, 2, 2}},  // the place stays
+        {BorderStyleCode::PictureBox, 1, false, false, {0, 0, 0, 0}}, // nothing drawn, nothing taken
+        {BorderStyleCode::Form, 1, true, true, {4, 4, 4, 4}},
+        {BorderStyleCode::LineHorizontal, 1, true, true, {0, 2, 0, 0}},
+        {BorderStyleCode::SingleLineTop, 2, true, true, {0, 2, 0, 0}},
+        {BorderStyleCode::MenuLines, 1, true, true, {0, 1, 0, 1}},
+        {BorderStyleCode::Label, 1, true, true, {0, 0, 0, 0}},
+        {BorderStyleCode::NoBorder, 1, true, true, {0, 0, 0, 0}},
+        {42, 1, true, true, {0, 0, 0, 0}},
+    };
+    for (const auto &c : cases) {
+        BorderOptions options;
+        options.style = c.style;
+        options.lineWidth = c.lineWidth;
+        options.outerLine = c.outer;
+        options.innerLine = c.inner;
+        EXPECT_EQ(borderMargins(options), c.expected) << "style " << c.style << " width " << c.lineWidth;
+    }
+}
+
+// The colours a border leaves on the edges of a 40 x 30 canvas.
+struct EdgeColours
+{
+    QColor topLeft, top, left, bottom, right, inside;
+};
+
+EdgeColours drawnEdges(const BorderOptions &options, const QPalette &palette)
+{
+    QImage canvas(40, 30, QImage::Format_RGB32);
+    canvas.fill(Qt::gray);
+    QPainter painter(&canvas);
+    drawBorder(painter, canvas.rect(), palette, options);
+    painter.end();
+    return {canvas.pixelColor(0, 0),   canvas.pixelColor(20, 0),  canvas.pixelColor(0, 15),
+            canvas.pixelColor(20, 29), canvas.pixelColor(39, 15), canvas.pixelColor(20, 15)};
+}
+
+TEST(BorderDrawing, EachStyleLightsItsOwnEdges)
+{
+    QPalette palette;
+    palette.setColor(QPalette::Light, QColor(250, 250, 250));
+    palette.setColor(QPalette::Midlight, QColor(220, 220, 220));
+    palette.setColor(QPalette::Mid, QColor(160, 160, 160));
+    palette.setColor(QPalette::Dark, QColor(100, 100, 100));
+    palette.setColor(QPalette::Shadow, QColor(20, 20, 20));
+    palette.setColor(QPalette::Button, QColor(200, 200, 200));
+    palette.setColor(QPalette::WindowText, QColor(0, 0, 90));
+    const QColor light(250, 250, 250), dark(100, 100, 100), shadow(20, 20, 20), gray(Qt::gray);
+
+    const struct
+    {
+        int style;
+        QColor top, left, bottom, right;
+    } cases[] = {
+        {BorderStyleCode::ThreedInner, dark, dark, light, light},   // sunken
+        {BorderStyleCode::ThreedOuter, light, light, dark, dark},   // raised
+        {BorderStyleCode::SingleBlack, Qt::black, Qt::black, Qt::black, Qt::black},
+        {BorderStyleCode::SingleWhite, Qt::white, Qt::white, Qt::white, Qt::white},
+        {BorderStyleCode::Button, light, light, shadow, shadow},
+        {BorderStyleCode::ButtonDown, shadow, shadow, light, light},
+        {BorderStyleCode::SingleBorder, QColor(0, 0, 90), QColor(0, 0, 90), QColor(0, 0, 90), QColor(0, 0, 90)},
+        {BorderStyleCode::LineHorizontal, dark, gray, gray, gray},
+        {BorderStyleCode::SingleLineTop, dark, gray, gray, gray},
+        {BorderStyleCode::MenuLines, light, gray, dark, gray},
+        {BorderStyleCode::NoBorder, gray, gray, gray, gray},
+        {BorderStyleCode::Label, gray, gray, gray, gray},
+    };
+    for (const auto &c : cases) {
+        BorderOptions options;
+        options.style = c.style;
+        const EdgeColours edges = drawnEdges(options, palette);
+        EXPECT_EQ(edges.top, c.top) << borderStyleName(c.style).toStdString() << " top";
+        EXPECT_EQ(edges.left, c.left) << borderStyleName(c.style).toStdString() << " left";
+        EXPECT_EQ(edges.bottom, c.bottom) << borderStyleName(c.style).toStdString() << " bottom";
+        EXPECT_EQ(edges.right, c.right) << borderStyleName(c.style).toStdString() << " right";
+        EXPECT_EQ(edges.inside, gray) << borderStyleName(c.style).toStdString() << " drew inside";
+    }
+
+    BorderOptions light3d;
+    light3d.style = BorderStyleCode::Button;
+    light3d.lightBorders = true;
+    EXPECT_EQ(drawnEdges(light3d, palette).bottom, dark) << "LightBorders softens the shadow";
+
+    BorderOptions outerOff;
+    outerOff.style = BorderStyleCode::PictureBox;
+    outerOff.outerLine = false;
+    EXPECT_EQ(drawnEdges(outerOff, palette).top, gray) << "FrameOuter off leaves the outer line out";
 }
 
 TEST(ColorValue, LowByteIsRedAndTopBitSelectsSystemColour)
@@ -258,6 +364,41 @@ TEST_F(VxContFlood, BarFillsInProportionAndOnlyForKnownTypes)
     EXPECT_TRUE(probeBar(cont, red).filledAt75);
     cont.setFloodType(FloodTypeCode::None);
     EXPECT_FALSE(probeBar(cont, red).filledAt25) << "no flood type, no bar";
+}
+
+TEST(VxContLayout, WorkAreaAndChildrenStayInsideTheFrame)
+{
+    VxCont cont;
+    cont.resize(200, 120);
+    cont.setBorderStyle(BorderStyleCode::PictureBox);
+    cont.setFrameWidth(4);
+    EXPECT_EQ(cont.workArea(), QRect(6, 6, 188, 108));
+
+    cont.setOuterOffset(3);
+    cont.setTopOffset(10);
+    EXPECT_EQ(cont.workArea(), QRect(9, 19, 182, 92));
+    cont.setWorkHeight(40);
+    EXPECT_EQ(cont.workArea().height(), 40);
+
+    // A frame caption pushes the work area below itself.
+    cont.setWorkHeight(0);
+    cont.setTopOffset(0);
+    const int before = cont.workArea().top();
+    cont.setCaptionFrame(u"Optionen"_s);
+    EXPECT_GT(cont.workArea().top(), before + QFontMetrics(cont.font()).height() / 2);
+
+    // A layout set on the container keeps its widgets in the work area.
+    auto *layout = new QVBoxLayout(&cont);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto *child = new QWidget;
+    layout->addWidget(child);
+    cont.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&cont));
+    cont.setControlStyle(2);
+    QCoreApplication::processEvents();
+    layout->activate();
+    EXPECT_TRUE(cont.workArea().contains(child->geometry()))
+        << "child " << child->geometry().x() << "," << child->geometry().y();
 }
 
 TEST(VxContProperties, DefaultsAsDesigned)

@@ -1,3 +1,5 @@
+#include <cmath>
+#include <limits>
 #include <stdexcept>
 
 #include <QApplication>
@@ -5,6 +7,7 @@
 #include <QDeadlineTimer>
 #include <QClipboard>
 #include <QFileDialog>
+#include <QFontMetrics>
 #include <QImageReader>
 #include <QImageWriter>
 #include <QMenu>
@@ -444,6 +447,66 @@ TEST(VxPictBase64, RealPicturesFromBufferAndTextFile)
     view.setFileNameB64(sandbox.filePath(u"fehlt.b64"_s));
     EXPECT_FALSE(view.hasPicture());
     EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+}
+
+TEST_F(VxPictTest, ZoomStepsAndRefusedFactors)
+{
+    view.setFileName(u"/bilder/a.jpg"_s);
+    const int fitted = view.displayWidth();
+    view.zoomIncrease();
+    EXPECT_DOUBLE_EQ(view.zoomfaktor(), 1.25);
+    EXPECT_EQ(view.displayWidth(), int(std::nearbyint(fitted * 1.25)));
+    view.zoomIncrease(-2);
+    EXPECT_DOUBLE_EQ(view.zoomfaktor(), 0.8);
+    for (const double bad : {0.0, -2.0, std::nan(""), std::numeric_limits<double>::infinity()}) {
+        view.setZoomfaktor(bad);
+        EXPECT_DOUBLE_EQ(view.zoomfaktor(), 0.8) << bad;
+    }
+    view.setZoomfaktor(1e9);
+    EXPECT_DOUBLE_EQ(view.zoomfaktor(), 64.0) << "deep zoom is capped";
+}
+
+TEST_F(VxPictTest, CaptionNameLineAndOffsetsShrinkTheWorkArea)
+{
+    view.setBorderStyle(BorderStyleCode::NoBorder);
+    view.setPictureOffset(0);
+    EXPECT_EQ(view.workArea(), view.rect());
+
+    view.setPictureOffset(6);
+    view.setTopOffset(10);
+    EXPECT_EQ(view.workArea(), view.rect().adjusted(6, 16, -6, -6));
+
+    const int line = QFontMetrics(view.font()).height() + 4;
+    view.setCaption(u"Vorschau"_s);
+    view.setShowPictureName(true);
+    EXPECT_EQ(view.workArea(), view.rect().adjusted(6, 16 + line, -6, -6 - line));
+
+    view.setFileName(u"/bilder/a.jpg"_s);
+    EXPECT_TRUE(view.workArea().contains(view.pictureRect()));
+}
+
+TEST_F(VxPictTest, DirectPictureLanguageAndTermination)
+{
+    QImage image(20, 10, QImage::Format_RGB32);
+    image.fill(Qt::blue);
+    view.setShowPictureToolTip(1);
+    view.setPicture(image);
+    EXPECT_EQ(view.toolTip(), u"20x10"_s);
+    EXPECT_EQ(view.getColorAverage(), 0xFF0000u) << "blue as a colour value";
+    EXPECT_TRUE(loader->paths.isEmpty());
+
+    EXPECT_TRUE(view.ctlSetUserControlLanguage(u"Caption"_s, u"Preview"_s));
+    EXPECT_EQ(view.caption(), u"Preview"_s);
+    EXPECT_FALSE(view.ctlSetUserControlLanguage(u"FileName"_s, u"x"_s));
+    view.setCtlUseLng(0);
+    EXPECT_FALSE(view.ctlSetUserControlLanguage(u"Caption"_s, u"Vorschau"_s));
+
+    view.terminateControl();
+    EXPECT_FALSE(view.hasPicture());
+    EXPECT_TRUE(view.toolTip().isEmpty());
+    // After termination a new picture still loads (with the default loader).
+    view.setPicture(image);
+    EXPECT_TRUE(view.hasPicture());
 }
 
 TEST(VxPictFiles, RealJpegIsReadSmallAndSavedFull)
