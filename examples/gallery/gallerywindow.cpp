@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include <QBuffer>
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QGridLayout>
@@ -17,6 +18,7 @@
 #include "controls/vxborder.h"
 #include "controls/vxcont.h"
 #include "controls/vxpict.h"
+#include "core/base64.h"
 
 using namespace Qt::StringLiterals;
 
@@ -300,7 +302,29 @@ QWidget *GalleryWindow::createPicturePage()
     missing->setCaption(u"Nicht lesbar"_s);
     addView(1, 2, u"Datei fehlt: leere Fläche, kein Absturz"_s, missing, m_pictures.filePath(u"fehlt.jpg"_s));
 
-    for (int column = 0; column < 3; ++column)
+    // A picture that arrives as base64 text, decoded in memory.
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    paintLandscape({480, 320}, QColor(120, 90, 200), QColor(200, 150, 60)).save(&buffer, "PNG");
+    Base64Encoding codec;
+    auto *encoded = new VxPict;
+    encoded->setShowPictureToolTip(1);
+    encoded->setBorderStyle(BorderStyleCode::ThreedOutIn);
+    encoded->setPictureB64Buffer(Base64Encoding::span(76, codec.encodeB64(png)));
+    auto *encodedCell = new QVBoxLayout;
+    encodedCell->addWidget(encoded, 1);
+    encodedCell->addWidget(note(u"PictureB64Buffer: Base64-Text, in Zeilen zu 76 Zeichen"_s));
+    layout->addLayout(encodedCell, 0, 3);
+
+    auto *stretched = new VxPict;
+    stretched->setPreviewSize(PreviewSizeMode::Stretch);
+    stretched->setPictureOffset(0);
+    stretched->setShowPictureFrame(false);
+    stretched->setBorderStyle(BorderStyleCode::SingleBorder);
+    addView(1, 3, u"Strecken (PreviewSize 3), ohne Bildrahmen"_s, stretched, portrait);
+
+    for (int column = 0; column < 4; ++column)
         layout->setColumnStretch(column, 1);
     return page;
 }

@@ -69,7 +69,7 @@ int main(int argc, char **argv)
         QApplication::setPalette(darkPalette());
 
     valtrona::GalleryWindow window;
-    window.resize(1180, 760);
+    window.resize(1280, 760);
     window.show();
 
     if (parser.isSet(screenshot)) {
