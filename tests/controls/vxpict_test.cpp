@@ -539,6 +539,32 @@ TEST(VxPictFiles, RealJpegIsReadSmallAndSavedFull)
     EXPECT_FALSE(view.saveBitmapTo(target)) << "nothing held, nothing saved";
 }
 
+TEST(VxPictFiles, ReadsEveryFormatTheConversionTakes)
+{
+    test::Sandbox sandbox;
+    QImage image(36, 24, QImage::Format_RGB32);
+    image.fill(QColor(30, 60, 200));
+    const char *written[] = {"jpg", "png", "bmp", "tif"};
+    QStringList paths;
+    for (const char *format : written) {
+        const QString path = sandbox.filePath(u"bild."_s + QString::fromLatin1(format));
+        ASSERT_TRUE(image.save(path, format)) << format << ": no writer for the test picture";
+        paths.append(path);
+    }
+    // Qt writes no GIF; this is a complete 1 x 1 GIF file.
+    const QByteArray gif = QByteArray::fromHex(
+        "47494638396101000100800000ffffff00000021f90401000000002c00000000010001000002024401003b");
+    paths.append(sandbox.writeFile(u"bild.gif"_s, gif));
+
+    for (const QString &path : paths) {
+        VxPict view;
+        view.resize(100, 80);
+        view.setFileName(path);
+        EXPECT_TRUE(view.hasPicture()) << path.toStdString();
+        EXPECT_EQ(view.pictureWidth(), path.endsWith(u".gif") ? 1 : 36) << path.toStdString();
+    }
+}
+
 TEST(VxPictFiles, ExifOrientationIsAppliedLikeAnImageViewer)
 {
     test::Sandbox sandbox;
