@@ -405,7 +405,7 @@ void VxPict::setMaskColor(uint value)
     update();
 }
 
-bool VxPict::setFocusOnShow() const
+bool VxPict::takesFocusOnShow() const
 {
     return m_setFocusOnShow;
 }

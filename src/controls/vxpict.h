@@ -74,7 +74,7 @@ class VxPict : public QWidget
     Q_PROPERTY(bool DoEventsOnLoadPicture READ doEventsOnLoadPicture WRITE setDoEventsOnLoadPicture)
     Q_PROPERTY(bool UseMaskColor READ useMaskColor WRITE setUseMaskColor)
     Q_PROPERTY(uint MaskColor READ maskColor WRITE setMaskColor)
-    Q_PROPERTY(bool SetFocusOnShow READ setFocusOnShow WRITE setSetFocusOnShow)
+    Q_PROPERTY(bool SetFocusOnShow READ takesFocusOnShow WRITE setSetFocusOnShow)
     Q_PROPERTY(bool PictureFrameFlat READ pictureFrameFlat WRITE setPictureFrameFlat)
     Q_PROPERTY(uint BorderColor READ borderColor WRITE setBorderColor)
     Q_PROPERTY(bool ShowPictureName READ showPictureName WRITE setShowPictureName)
@@ -144,7 +144,7 @@ public:
     void setUseMaskColor(bool value);
     uint maskColor() const;
     void setMaskColor(uint value);
-    bool setFocusOnShow() const;
+    bool takesFocusOnShow() const;
     void setSetFocusOnShow(bool value);
     bool pictureFrameFlat() const;
     void setPictureFrameFlat(bool value);
@@ -156,8 +156,13 @@ public:
     void setPictureNameTextColor(uint value);
     int ctlUseLng() const;
     void setCtlUseLng(int value);
+    /// Run-time switch: when set, assigning the name already shown reads
+    /// the file again instead of keeping the held picture.
     bool reloadFileName() const;
     void setReloadFileName(bool value);
+    /// Set by a host that designs forms: run-time members (FileName,
+    /// the base64 pictures, CLS, CopyToClip, SaveBitmapFile) then report
+    /// "Zur Entwurfszeit nicht gültig !" and do nothing.
     bool designMode() const;
     void setDesignMode(bool value);
 
