@@ -565,6 +565,58 @@ TEST(VxPictFiles, ReadsEveryFormatTheConversionTakes)
     }
 }
 
+quint32 crc32(const QByteArray &bytes)
+{
+    quint32 crc = 0xFFFFFFFFu;
+    for (const char byte : bytes) {
+        crc ^= quint8(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
+    }
+    return ~crc;
+}
+
+// A small PNG whose header claims `width` x `height`.
+QByteArray pngClaiming(quint32 width, quint32 height)
+{
+    QImage image(4, 4, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    // Signature (8), IHDR length (4), "IHDR" (4), then width and height.
+    const auto putBig = [&](int at, quint32 value) {
+        for (int i = 0; i < 4; ++i)
+            png[at + i] = char((value >> (24 - 8 * i)) & 0xFF);
+    };
+    putBig(16, width);
+    putBig(20, height);
+    putBig(29, crc32(png.mid(12, 17)));
+    return png;
+}
+
+TEST(VxPictFiles, HugeAndOddlyNamedFilesNeitherCrashNorHang)
+{
+    test::Sandbox sandbox;
+    VxPict view;
+    view.resize(160, 120);
+    QSignalSpy done(&view, &VxPict::loadDone);
+
+    const QString huge = sandbox.writeFile(u"riesig.png"_s, pngClaiming(100000, 100000));
+    ASSERT_EQ(QImageReader(huge).size(), QSize(100000, 100000)) << "the header must be valid";
+    view.setFileName(huge);
+    ASSERT_EQ(done.size(), 1);
+    EXPECT_FALSE(done[0].at(2).toBool()) << "a 40-gigabyte picture must be refused";
+    EXPECT_FALSE(view.hasPicture());
+
+    const QString odd = sandbox.writeFile(u"Ferien Über #1 (Kopie) 'ä'.jpg"_s, jpegBytes({64, 48}));
+    view.setShowPictureToolTip(3);
+    view.setFileName(odd);
+    EXPECT_TRUE(view.hasPicture());
+    EXPECT_EQ(view.toolTip(), u"64x48 - "_s + odd);
+}
+
 TEST(VxPictFiles, ExifOrientationIsAppliedLikeAnImageViewer)
 {
     test::Sandbox sandbox;
