@@ -170,6 +170,11 @@ TEST(Naming, NamesCannotEscapeTheTargetDirectory)
         EXPECT_TRUE(staysInside(target, out)) << target.toStdString();
         EXPECT_TRUE(staysInside(renameTarget(target, QStringLiteral("."), QStringLiteral("..")), out));
     }
+    // A NUL would cut the name short on its way to the system.
+    const QString nul = composeTargetPath(out, QString(), QStringLiteral("/..") + QChar(0) + QStringLiteral("x/y.png"),
+                                          false, QStringLiteral("J"));
+    EXPECT_EQ(nul, QStringLiteral("/E/Out/.._x/y.jpg"));
+    EXPECT_EQ(renameTarget(nul, QStringLiteral("y"), QString(QChar(0))), QStringLiteral("/E/Out/.._x/_.jpg"));
     // Without an extension nothing stands between the name and "..".
     const QString bare = composeTargetPath(out, QString(), QStringLiteral("/D/.."), false, QStringLiteral("X"));
     EXPECT_TRUE(staysInside(bare, out)) << bare.toStdString();
