@@ -1,9 +1,10 @@
 #include "imaging/imaging.h"
 #include "imaging/imaging_p.h"
 
+#include "core/fileservices.h"
+
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <atomic>
 #include <cstdio>
@@ -117,6 +118,9 @@ int statusFromVipsMessage(const QString &message)
         return AccessDenied;
     if (m.contains(u"not a known"_s) || m.contains(u"unsupported"_s) || m.contains(u"not a jpeg"_s))
         return UnknownImageFormat;
+    if (m.contains(u"maximum supported image dimension"_s) || m.contains(u"image too large"_s)
+        || m.contains(u"too many pixels"_s))
+        return ValueOverflow;
     if (m.contains(u"out of memory"_s) || m.contains(u"cannot allocate"_s)
         || m.contains(u"memory area too large"_s))
         return OutOfMemory;
@@ -170,21 +174,9 @@ vips::VImage openImage(const QString &path, bool failOnTruncation, int shrink)
 
 int writeFileAtomically(const QString &path, const char *data, qint64 size)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
-        const QFileDevice::FileError error = file.error();
-        setLast(error == QFileDevice::PermissionsError ? AccessDenied : Win32Error, file.errorString());
-        return t_lastStatus;
-    }
-    if (file.write(data, size) != size) {
-        const QString reason = file.errorString();
-        file.cancelWriting();
-        setLast(Win32Error, reason);
-        return t_lastStatus;
-    }
-    if (!file.commit()) {
-        setLast(file.error() == QFileDevice::PermissionsError ? AccessDenied : Win32Error,
-                file.errorString());
+    const auto written = files::writeFileAtomically(path, QByteArrayView(data, size));
+    if (!written) {
+        setLast(written.error().accessDenied ? AccessDenied : Win32Error, written.error().message);
         return t_lastStatus;
     }
     setLast(Ok);
@@ -361,49 +353,13 @@ QString findEncoder(const QString &mimeType)
 
 bool copyFile(const QString &source, const QString &target)
 {
-    const QFileInfo sourceInfo(source);
-    if (!sourceInfo.isFile()) {
-        detail::setLast(FileNotFound);
-        return false;
-    }
-    const QFileInfo targetInfo(target);
-    if (targetInfo.exists()
-        && sourceInfo.canonicalFilePath() == targetInfo.canonicalFilePath()) {
-        detail::setLast(Ok);
-        return true;
-    }
-    QFile in(source);
-    if (!in.open(QIODevice::ReadOnly)) {
-        detail::setLast(in.error() == QFileDevice::PermissionsError ? AccessDenied : Win32Error,
-                        in.errorString());
-        return false;
-    }
-    QSaveFile out(target);
-    if (!out.open(QIODevice::WriteOnly)) {
-        detail::setLast(out.error() == QFileDevice::PermissionsError ? AccessDenied : Win32Error,
-                        out.errorString());
-        return false;
-    }
-    QByteArray chunk;
-    chunk.resize(1 << 20);
-    for (;;) {
-        const qint64 got = in.read(chunk.data(), chunk.size());
-        if (got < 0) {
-            out.cancelWriting();
-            detail::setLast(Win32Error, in.errorString());
-            return false;
-        }
-        if (got == 0)
-            break;
-        if (out.write(chunk.constData(), got) != got) {
-            const QString reason = out.errorString();
-            out.cancelWriting();
-            detail::setLast(Win32Error, reason);
-            return false;
-        }
-    }
-    if (!out.commit()) {
-        detail::setLast(Win32Error, out.errorString());
+    const auto copied = files::copyFileAtomically(source, target);
+    if (!copied) {
+        const files::FileError &error = copied.error();
+        const int status = error.code == files::FileError::Code::NotFound ? FileNotFound
+                           : error.accessDenied                    ? AccessDenied
+                                                                   : Win32Error;
+        detail::setLast(status, error.message);
         return false;
     }
     detail::setLast(Ok);
