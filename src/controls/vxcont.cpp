@@ -775,51 +775,33 @@ QString VxCont::ctlClassName() const
     return u"VxCont"_s;
 }
 
-LanguageCaptions VxCont::ctlEnumAllCaptionsInUCtl() const
-{
-    return {
-        {u"Caption"_s, m_caption},
-        {u"CaptionFrame"_s, m_captionFrame},
-        {u"CaptionText"_s, m_captionText},
-        {u"ToolTip"_s, toolTip()},
-    };
-}
-
 bool VxCont::ctlSetUserControlLanguage(const QString &property, const QString &text)
 {
-    if (m_ctlUseLng == 0)
+    if (m_ctlUseLng == 0 || ctlGetLngPropertyType(property) == LngPropertyType::None)
         return false;
-    switch (ctlGetLngPropertyType(property)) {
-    case LngPropertyType::Caption:
-        if (property == u"Caption") {
-            if (m_captionStored.isEmpty())
-                m_captionStored = m_caption;
-            setCaption(text);
-        } else {
-            setCaptionFrame(text);
-        }
-        return true;
-    case LngPropertyType::Text:
-        setCaptionText(text);
-        return true;
-    case LngPropertyType::ToolTip:
-        setToolTip(text);
-        return true;
-    case LngPropertyType::None:
-        break;
-    }
-    return false;
+    if (property == u"Caption" && m_captionStored.isEmpty())
+        m_captionStored = m_caption;
+    return ControlHooks::ctlSetUserControlLanguage(property, text);
 }
 
-LngPropertyType VxCont::ctlGetLngPropertyType(const QString &property) const
+QObject *VxCont::hooksObject() const
 {
-    if (property == u"Caption" || property == u"CaptionFrame")
-        return LngPropertyType::Caption;
-    if (property == u"CaptionText")
-        return LngPropertyType::Text;
-    if (property == u"ToolTip")
-        return LngPropertyType::ToolTip;
-    return LngPropertyType::None;
+    return const_cast<VxCont *>(this);
+}
+
+int VxCont::useLanguage() const
+{
+    return m_ctlUseLng;
+}
+
+QList<QPair<QString, LngPropertyType>> VxCont::lngProperties() const
+{
+    return {
+        {u"Caption"_s, LngPropertyType::Caption},
+        {u"CaptionFrame"_s, LngPropertyType::Caption},
+        {u"CaptionText"_s, LngPropertyType::Text},
+        {u"ToolTip"_s, LngPropertyType::ToolTip},
+    };
 }
 
 void VxCont::terminateControl()
@@ -908,7 +890,7 @@ double VxCont::now() const
 
 QColor VxCont::color(quint32 value) const
 {
-    return resolveColorValue(value, palette());
+    return colorFromValue(value, palette());
 }
 
 QColor VxCont::textColor(quint32 value) const

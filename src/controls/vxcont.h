@@ -9,7 +9,7 @@
 
 #include "controls/vxcolor.h"
 #include "controls/vxflood.h"
-#include "controls/vxlanguage.h"
+#include "controls/controlsupport.h"
 
 namespace valtrona {
 
@@ -26,7 +26,7 @@ namespace valtrona {
 /// caption area across the top (CAColor, CABorderStyle, CABorderColor;
 /// TopOffset sets its height). FloodBarType: 0 solid, 1 blocks, 2 raised
 /// gradient, 3 FloodBackImage stretched over the filled part.
-class VxCont : public QWidget
+class VxCont : public QWidget, public ControlHooks
 {
     Q_OBJECT
     Q_PROPERTY(int ControlStyle READ controlStyle WRITE setControlStyle)
@@ -218,15 +218,15 @@ public:
     /// margins follow it, so a layout set on the container fills it.
     QRect workArea() const;
 
-    QString ctlClassName() const;
-    LanguageCaptions ctlEnumAllCaptionsInUCtl() const;
+    /// Language texts: Caption and CaptionFrame (captions), CaptionText
+    /// (free text) and ToolTip.
+    QString ctlClassName() const override;
     /// Sets a language text; refused (false) while CTLUseLng is 0 or for a
     /// property that holds no language text. The first language caption
     /// keeps the designed one in CaptionStored.
-    bool ctlSetUserControlLanguage(const QString &property, const QString &text);
-    LngPropertyType ctlGetLngPropertyType(const QString &property) const;
+    bool ctlSetUserControlLanguage(const QString &property, const QString &text) override;
     /// Releases the pictures; the host calls it when its window closes.
-    void terminateControl();
+    void terminateControl() override;
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -239,6 +239,9 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void changeEvent(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    QObject *hooksObject() const override;
+    int useLanguage() const override;
+    QList<QPair<QString, LngPropertyType>> lngProperties() const override;
 
 private:
     void refreshFrame();

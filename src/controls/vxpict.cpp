@@ -16,7 +16,6 @@
 #include <QSaveFile>
 #include <QWheelEvent>
 
-#include "controls/vxnotice.h"
 #include "core/base64.h"
 
 using namespace Qt::StringLiterals;
@@ -33,11 +32,6 @@ constexpr double zoomMax = 64.0;
 constexpr qint64 displayCacheLimit = 4096LL * 4096LL;
 // The size a picture is read at while the view has no size yet.
 constexpr int unplacedReadSize = 512;
-
-int roundHalfEven(double value)
-{
-    return int(std::nearbyint(value));
-}
 
 QString lastPathPart(const QString &path)
 {
@@ -889,22 +883,26 @@ QString VxPict::ctlClassName() const
     return u"VxPict"_s;
 }
 
-LanguageCaptions VxPict::ctlEnumAllCaptionsInUCtl() const
-{
-    return {{u"Caption"_s, m_caption}};
-}
-
 bool VxPict::ctlSetUserControlLanguage(const QString &property, const QString &text)
 {
-    if (m_ctlUseLng == 0 || ctlGetLngPropertyType(property) == LngPropertyType::None)
+    if (m_ctlUseLng == 0)
         return false;
-    setCaption(text);
-    return true;
+    return ControlHooks::ctlSetUserControlLanguage(property, text);
 }
 
-LngPropertyType VxPict::ctlGetLngPropertyType(const QString &property) const
+QObject *VxPict::hooksObject() const
 {
-    return property == u"Caption" ? LngPropertyType::Caption : LngPropertyType::None;
+    return const_cast<VxPict *>(this);
+}
+
+int VxPict::useLanguage() const
+{
+    return m_ctlUseLng;
+}
+
+QList<QPair<QString, LngPropertyType>> VxPict::lngProperties() const
+{
+    return {{u"Caption"_s, LngPropertyType::Caption}};
 }
 
 void VxPict::terminateControl()
@@ -961,7 +959,7 @@ bool VxPict::refusedAtDesignTime()
 {
     if (!m_designMode)
         return false;
-    showControlMessage(this, designTimeMessage());
+    showControlMessage(this, controlText(ControlText::NotAtDesignTime));
     return true;
 }
 
@@ -982,7 +980,7 @@ bool VxPict::placePicture()
     if (qint64(device.width()) * device.height() <= displayCacheLimit) {
         QImage image = m_held;
         if (m_useMaskColor)
-            maskOut(image, resolveColorValue(m_maskColor, palette()).rgb());
+            maskOut(image, colorFromValue(m_maskColor, palette()).rgb());
         if (image.size() != device)
             image = image.scaled(device, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
         m_display = QPixmap::fromImage(std::move(image));
@@ -1080,7 +1078,7 @@ quint32 VxPict::ticks() const
 
 QColor VxPict::color(quint32 value) const
 {
-    return resolveColorValue(value, palette());
+    return colorFromValue(value, palette());
 }
 
 PictureLoader &VxPict::loader()

@@ -13,7 +13,7 @@
 #include "controls/pictureloader.h"
 #include "controls/vxborder.h"
 #include "controls/vxcolor.h"
-#include "controls/vxlanguage.h"
+#include "controls/controlsupport.h"
 
 class QMenu;
 
@@ -50,7 +50,7 @@ QRect picturePlacement(const QSize &shown, const QRect &area, int alignment);
 /// Pictures are read through a PictureLoader at the size they are shown,
 /// never larger; when the view grows the picture is read again at the
 /// better size. Assigning FileName raises loadStart() and loadDone().
-class VxPict : public QWidget
+class VxPict : public QWidget, public ControlHooks
 {
     Q_OBJECT
     Q_PROPERTY(int BackStyle READ backStyle WRITE setBackStyle)
@@ -249,13 +249,12 @@ public:
     /// an empty function restores the system's monotonic clock.
     void setTickCounter(std::function<quint32()> ticks);
 
-    QString ctlClassName() const;
-    LanguageCaptions ctlEnumAllCaptionsInUCtl() const;
-    bool ctlSetUserControlLanguage(const QString &property, const QString &text);
-    LngPropertyType ctlGetLngPropertyType(const QString &property) const;
+    /// The one language text is the Caption; refused while CTLUseLng is 0.
+    QString ctlClassName() const override;
+    bool ctlSetUserControlLanguage(const QString &property, const QString &text) override;
     /// Releases the picture and the loader; the host calls it when its
     /// window closes.
-    void terminateControl();
+    void terminateControl() override;
 
     QSize sizeHint() const override;
 
@@ -282,6 +281,9 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
     void changeEvent(QEvent *event) override;
+    QObject *hooksObject() const override;
+    int useLanguage() const override;
+    QList<QPair<QString, LngPropertyType>> lngProperties() const override;
 
 private:
     enum class Source { None, File, Data, Direct };

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "controls/controlsupport.h"
 #include "controls/vxborder.h"
 #include "controls/vxcolor.h"
 #include "controls/vxcont.h"
@@ -161,16 +162,12 @@ TEST(BorderDrawing, EachStyleLightsItsOwnEdges)
     EXPECT_EQ(drawnEdges(outerOff, palette).top, gray) << "FrameOuter off leaves the outer line out";
 }
 
-TEST(ColorValue, LowByteIsRedAndTopBitSelectsSystemColour)
+TEST(ColorValue, RoundTripsThroughTheStoredLayout)
 {
-    QPalette palette;
-    palette.setColor(QPalette::Button, QColor(1, 2, 3));
-    palette.setColor(QPalette::Highlight, QColor(4, 5, 6));
-    EXPECT_EQ(resolveColorValue(0x0000FF, palette), QColor(Qt::red));
-    EXPECT_EQ(resolveColorValue(0xFF0000, palette), QColor(Qt::blue));
-    EXPECT_EQ(resolveColorValue(SystemColor::ButtonFace, palette), QColor(1, 2, 3));
-    EXPECT_EQ(resolveColorValue(SystemColor::ActiveCaption, palette), QColor(4, 5, 6));
-    EXPECT_EQ(colorValueFromColor(QColor(0x12, 0x34, 0x56)), 0x563412u);
+    const QColor colours[] = {Qt::red, Qt::blue, QColor(0x12, 0x34, 0x56), Qt::black, Qt::white};
+    for (const QColor &colour : colours)
+        EXPECT_EQ(colorFromValue(colorValueFromColor(colour), QPalette()), colour) << colour.name().toStdString();
+    EXPECT_EQ(colorValueFromColor(QColor(0x12, 0x34, 0x56)), 0x563412u) << "red in the low byte";
 }
 
 struct PercentCase
@@ -447,11 +444,23 @@ TEST(VxContLanguage, CaptionsSwitchOnlyWithCtlUseLngAndKeepTheDesignedCaption)
     EXPECT_EQ(cont.captionStored(), u"Ziel"_s);
     EXPECT_FALSE(cont.ctlSetUserControlLanguage(u"BorderStyle"_s, u"x"_s));
     EXPECT_EQ(cont.ctlGetLngPropertyType(u"CaptionText"_s), LngPropertyType::Text);
-    EXPECT_TRUE(cont.ctlEnumAllCaptionsInUCtl().contains(LanguageCaption {u"Caption"_s, u"Cible"_s}));
+    EXPECT_TRUE(cont.ctlEnumAllCaptionsInUCtl().contains(qMakePair(u"Caption"_s, u"Cible"_s)));
+    EXPECT_TRUE(cont.ctlSetUserControlLanguage(u"ToolTip"_s, u"Hinweis"_s));
+    EXPECT_EQ(cont.toolTip(), u"Hinweis"_s);
 
     cont.setCtlUseLng(0);
     EXPECT_FALSE(cont.ctlSetUserControlLanguage(u"Caption"_s, u"Ziel"_s));
     EXPECT_EQ(cont.caption(), u"Cible"_s);
+    EXPECT_TRUE(cont.ctlEnumAllCaptionsInUCtl().isEmpty());
+
+    // The host finds the release call through the shared hooks.
+    QWidget window;
+    auto *inner = new VxCont(&window);
+    QPixmap picture(4, 4);
+    picture.fill(Qt::red);
+    inner->setPicture(picture);
+    EXPECT_EQ(terminateControls(&window), 1);
+    EXPECT_TRUE(inner->picture().isNull());
 }
 
 } // namespace

@@ -17,7 +17,7 @@
 
 #include <gtest/gtest.h>
 
-#include "controls/vxnotice.h"
+#include "controls/controlsupport.h"
 #include "core/base64.h"
 #include "controls/vxpict.h"
 #include "support/testsupport.h"
@@ -68,12 +68,16 @@ class MessageCatcher
 {
 public:
     MessageCatcher()
+        : m_previous(setControlMessageHandler(
+              [this](QWidget *, const QString &text) { messages.append(text); }))
     {
-        setControlMessageHandler([this](QWidget *, const QString &text) { messages.append(text); });
     }
-    ~MessageCatcher() { setControlMessageHandler({}); }
+    ~MessageCatcher() { setControlMessageHandler(m_previous); }
 
     QStringList messages;
+
+private:
+    ControlMessageHandler m_previous;
 };
 
 // Waits, serving events, until `condition` holds or `ms` have passed.
