@@ -12,11 +12,15 @@
 #include <QLocale>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPushButton>
 #include <QRadialGradient>
 #include <QVBoxLayout>
 
+#include "controls/vxactctrl.h"
 #include "controls/vxborder.h"
 #include "controls/vxcont.h"
+#include "controls/vxinvisiblecont.h"
+#include "controls/vxlinein.h"
 #include "controls/vxpict.h"
 #include "core/base64.h"
 
@@ -83,6 +87,7 @@ GalleryWindow::GalleryWindow(QWidget *parent)
     addTab(createBorderPage(), u"Rahmen (VxCont)"_s);
     addTab(createFloodPage(), u"Fortschritt (VxCont)"_s);
     addTab(createPicturePage(), u"Bild (VxPict)"_s);
+    addTab(createCardPage(), u"Karten und Eingaben (VxActCtrl, VxLineIn)"_s);
 
     m_floodTimer.setInterval(120);
     connect(&m_floodTimer, &QTimer::timeout, this, &GalleryWindow::advanceFlood);
@@ -95,7 +100,17 @@ bool GalleryWindow::saveScreenshots(const QString &prefix)
     for (int page = 0; page < count(); ++page) {
         setCurrentIndex(page);
         QCoreApplication::processEvents();
-        allSaved = grab().save(prefix + u'-' + QString::number(page + 1) + u".png") && allSaved;
+        const QString name = prefix + u'-' + QString::number(page + 1);
+        if (widget(page) != m_cardPage) {
+            allSaved = grab().save(name + u".png") && allSaved;
+            continue;
+        }
+        for (int card = 1; card <= m_switcher->controlCount(); ++card) {
+            m_switcher->setActiveControl(card);
+            QCoreApplication::processEvents();
+            allSaved = grab().save(name + u'-' + QString::number(card) + u".png") && allSaved;
+        }
+        m_switcher->firstControl();
     }
     return allSaved;
 }
@@ -326,6 +341,120 @@ QWidget *GalleryWindow::createPicturePage()
 
     for (int column = 0; column < 4; ++column)
         layout->setColumnStretch(column, 1);
+    return page;
+}
+
+QWidget *GalleryWindow::createCardPage()
+{
+    // The cards are siblings of the switcher, found by their object names;
+    // positions are in twips (1440 per inch).
+    auto *page = new QWidget;
+    m_cardPage = page;
+    auto *back = new QPushButton(u"< Zurück"_s, page);
+    auto *next = new QPushButton(u"Weiter >"_s, page);
+    auto *title = new QLabel(page);
+    back->move(10, 8);
+    next->move(10 + back->sizeHint().width() + 8, 8);
+    title->move(next->x() + next->sizeHint().width() + 16, 14);
+    title->resize(600, title->sizeHint().height());
+
+    const auto card = [page](const QString &name) {
+        auto *box = new VxInvisibleCont(page);
+        box->setObjectName(name);
+        auto *layout = new QVBoxLayout(box);
+        layout->setContentsMargins(0, 0, 0, 0);
+        return std::make_pair(box, layout);
+    };
+
+    auto [sources, sourceLayout] = card(u"boxSEL"_s);
+    auto *file = new VxLineIn;
+    file->setCaption(u"Quelldatei :"_s);
+    file->setCommandStyle(1);
+    file->setDlgFileType(u"JPEG-Dateien"_s);
+    file->setDlgFileExtension(u"*.jpg;*.jpeg"_s);
+    file->setText(u"/home/anna/Bilder/Urlaub/IMG_0001.JPG"_s);
+    sourceLayout->addWidget(file);
+    auto *shown = new VxLineIn;
+    shown->setCaption(u"Anzeige :"_s);
+    shown->setControlStyle(3);
+    shown->setButtonShow(false);
+    shown->setText(u"412 Dateien, 2,3 GB"_s);
+    sourceLayout->addWidget(shown);
+    auto *keep = new VxLineIn;
+    keep->setCaption(u"Datum :"_s);
+    keep->setCheckboxShow(true);
+    keep->setValue(true);
+    keep->setButtonShow(false);
+    keep->setText(u"Dateidatum beibehalten"_s);
+    sourceLayout->addWidget(keep);
+    sourceLayout->addStretch(1);
+
+    auto [parameters, parameterLayout] = card(u"boxPRM"_s);
+    auto *format = new VxLineIn;
+    format->setCaption(u"Format :"_s);
+    format->setControlStyle(1);
+    format->setComboStyle(2);
+    format->setButtonShow(false);
+    format->addItem(u"JPEG"_s, 0, u"JPG"_s);
+    format->addItem(u"PNG"_s, 1, u"PNG"_s);
+    format->setListIndex(0);
+    parameterLayout->addWidget(format);
+    auto *width = new VxLineIn;
+    width->setCaption(u"Breite :"_s);
+    width->setControlStyle(4);
+    width->setTextMask(u"0123456789"_s);
+    width->setButtonShow(false);
+    width->setText(u"1024"_s);
+    parameterLayout->addWidget(width);
+    auto *target = new VxLineIn;
+    target->setCaption(u"Zielverzeichnis :"_s);
+    target->setCommandStyle(3);
+    target->setText(u"/home/anna/Bilder/klein"_s);
+    parameterLayout->addWidget(target);
+    auto *notes = new VxLineIn;
+    notes->setCaption(u"Notiz :"_s);
+    notes->setControlStyle(2);
+    notes->setText(u"Mehrzeilige Eingabe\nmit zweiter Zeile"_s);
+    notes->setMinimumHeight(60);
+    parameterLayout->addWidget(notes);
+    parameterLayout->addStretch(1);
+
+    auto [run, runLayout] = card(u"boxDO"_s);
+    auto *status = new VxCont;
+    status->setBorderStyle(BorderStyleCode::PictureBox);
+    status->setFrameWidth(1);
+    status->setBackColor(SystemColor::Window);
+    status->setWindowColor(SystemColor::Window);
+    status->setFloodType(3);
+    status->setFloodBarType(2);
+    status->setFloodShowPercent(true);
+    status->setFloodPercent(42);
+    status->setFixedHeight(28);
+    runLayout->addWidget(status);
+    auto *preview = new VxPict;
+    preview->setPicture(paintLandscape({640, 400}, QColor(60, 120, 190), QColor(80, 130, 60)));
+    runLayout->addWidget(preview, 1);
+
+    auto *switcher = new VxActCtrl(page);
+    switcher->setCtlNames(u"boxSEL;boxPRM;boxDO"_s);
+    switcher->setCtlDisplays(u"Quelldateien;Parameter;Bildverarbeitung"_s);
+    switcher->setCtlWidth(u"0;0;"_s);
+    switcher->setCtlHeight(u"0;0;"_s);
+    switcher->setContainerLeft(150);
+    switcher->setContainerTop(750);
+    switcher->setContainerWidth(10500);
+    switcher->setContainerHeight(5400);
+    switcher->setActiveControl(1);
+    m_switcher = switcher;
+
+    const auto showTitle = [switcher, title] {
+        title->setText(u"Karte %1 von 3: %2"_s.arg(switcher->activeControl())
+                           .arg(switcher->getControlDisplay(switcher->activeControl())));
+    };
+    showTitle();
+    connect(switcher, &VxActCtrl::activeControlChanged, title, showTitle);
+    connect(back, &QPushButton::clicked, switcher, &VxActCtrl::prevControlX);
+    connect(next, &QPushButton::clicked, switcher, &VxActCtrl::nextControlX);
     return page;
 }
 

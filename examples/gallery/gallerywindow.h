@@ -9,6 +9,7 @@ class QLabel;
 
 namespace valtrona {
 
+class VxActCtrl;
 class VxCont;
 class VxPict;
 
@@ -20,17 +21,21 @@ class GalleryWindow : public QTabWidget
 public:
     explicit GalleryWindow(QWidget *parent = nullptr);
 
-    /// Saves every page as `<prefix>-<n>.png`; false when one could not be written.
+    /// Saves every page as `<prefix>-<n>.png`, each card of the card page as
+    /// `<prefix>-<n>-<card>.png`; false when one could not be written.
     bool saveScreenshots(const QString &prefix);
 
 private:
     QWidget *createBorderPage();
     QWidget *createFloodPage();
     QWidget *createPicturePage();
+    QWidget *createCardPage();
     void advanceFlood();
 
     QTemporaryDir m_pictures;
     QList<VxCont *> m_runningFloods;
+    VxActCtrl *m_switcher = nullptr;
+    QWidget *m_cardPage = nullptr;
     VxCont *m_timedFlood = nullptr;
     QLabel *m_timeLabel = nullptr;
     QTimer m_floodTimer;
