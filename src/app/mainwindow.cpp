@@ -8,7 +8,6 @@
 #include <QComboBox>
 #include <QDir>
 #include <QGridLayout>
-#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMetaObject>
@@ -20,7 +19,7 @@
 
 #include "app/lineinputs.h"
 #include "app/offthreadimaging.h"
-#include "app/previewbox.h"
+#include "app/imagingpictureloader.h"
 #include "app/settingsdialog.h"
 #include "app/sourcelist.h"
 #include "app/statuslist.h"
@@ -33,8 +32,11 @@
 #include "controls/controlsupport.h"
 #include "controls/lineinput_dialogs.h"
 #include "controls/vxactctrl.h"
+#include "controls/vxborder.h"
+#include "controls/vxcont.h"
 #include "controls/vxinvisiblecont.h"
 #include "controls/vxlinein.h"
+#include "controls/vxpict.h"
 #include "core/settings.h"
 #include "imaging/imaging.h"
 
@@ -76,10 +78,24 @@ void selectItemData(QComboBox *combo, int itemData)
         combo->setCurrentIndex(index);
 }
 
-// A framed card area with its caption in the frame line.
-QGroupBox *makeFrame(const QString &caption, QWidget *parent)
+// A framed card area: the caption sits in the frame line, the children in
+// a layout inside the frame's work area.
+VxCont *makeFrame(const QString &caption, QWidget *parent)
 {
-    return new QGroupBox(caption, parent);
+    auto *frame = new VxCont(parent);
+    frame->setBorderStyle(BorderStyleCode::ThreedInOut);
+    frame->setCaptionFrame(caption);
+    return frame;
+}
+
+VxPict *makePreview(const QString &name, std::shared_ptr<PictureLoader> loader, QWidget *parent)
+{
+    auto *preview = new VxPict(parent);
+    preview->setObjectName(name);
+    preview->setPictureLoader(std::move(loader));
+    preview->setShowPictureToolTip(3);
+    preview->setMinimumSize(240, 240);
+    return preview;
 }
 
 // Parameter lines: label and input in one control, no button unless asked.
@@ -231,6 +247,8 @@ MainWindow::MainWindow(Environment environment, QWidget *parent)
         m_env.quit = [] { QCoreApplication::exit(0); };
 
     setObjectName(QStringLiteral("B_MAIN"));
+    m_pictureLoader =
+        std::make_shared<ImagingPictureLoader>([this](const QString &path) { return measureQuietly(path); });
     setAttribute(Qt::WA_QuitOnClose, true);
 
     auto *layout = new QVBoxLayout(this);
@@ -305,22 +323,13 @@ void MainWindow::buildSourceCard(QWidget *card)
 {
     auto *outer = new QVBoxLayout(card);
     outer->setContentsMargins(0, 0, 0, 0);
-    QGroupBox *frame = makeFrame(QStringLiteral("Quelldateien wählen"), card);
+    VxCont *frame = makeFrame(QStringLiteral("Quelldateien wählen"), card);
     outer->addWidget(frame);
 
     auto *grid = new QGridLayout(frame);
     m_lv = new SourceList(frame);
     m_lv->setObjectName(QStringLiteral("lv"));
-    m_lv->setMeasure([this](const QString &path) {
-        // An unreadable file shows as 0 x 0 in its row; adding reports no
-        // error of its own.
-        const bool wasSuppressed = m_suppressReports.exchange(true);
-        int width = 0;
-        int height = 0;
-        imaging::measure(path, width, height);
-        m_suppressReports = wasSuppressed;
-        return QSize(width, height);
-    });
+    m_lv->setMeasure([this](const QString &path) { return measureQuietly(path); });
     m_lv->setRestart([this] {
         // A run may have a file in flight; the layer is restarted only
         // while nothing converts.
@@ -330,9 +339,7 @@ void MainWindow::buildSourceCard(QWidget *card)
     grid->addWidget(buddyLabel(QStringLiteral("&Quelldateien wählen :"), m_lv, frame), 0, 0);
     grid->addWidget(m_lv, 1, 0);
 
-    m_prv = new PreviewBox(frame);
-    m_prv->setObjectName(QStringLiteral("PRV"));
-    m_prv->setMinimumSize(240, 240);
+    m_prv = makePreview(QStringLiteral("PRV"), m_pictureLoader, frame);
     grid->addWidget(m_prv, 1, 1);
     grid->setColumnStretch(0, 1);
 
@@ -361,7 +368,7 @@ void MainWindow::buildParameterCard(QWidget *card)
 {
     auto *outer = new QVBoxLayout(card);
     outer->setContentsMargins(0, 0, 0, 0);
-    QGroupBox *frame = makeFrame(QStringLiteral("Parameter festlegen"), card);
+    VxCont *frame = makeFrame(QStringLiteral("Parameter festlegen"), card);
     outer->addWidget(frame);
     auto *grid = new QGridLayout(frame);
     grid->setColumnStretch(0, 3);
@@ -457,7 +464,7 @@ void MainWindow::buildProcessCard(QWidget *card)
 {
     auto *outer = new QVBoxLayout(card);
     outer->setContentsMargins(0, 0, 0, 0);
-    QGroupBox *frame = makeFrame(QStringLiteral("Bilder verarbeiten"), card);
+    VxCont *frame = makeFrame(QStringLiteral("Bilder verarbeiten"), card);
     outer->addWidget(frame);
     auto *grid = new QGridLayout(frame);
 
@@ -471,9 +478,7 @@ void MainWindow::buildProcessCard(QWidget *card)
     m_lvStat->setObjectName(QStringLiteral("lvStat"));
     grid->addWidget(m_lvStat, 1, 0);
 
-    m_picPrev = new PreviewBox(frame);
-    m_picPrev->setObjectName(QStringLiteral("picPrev"));
-    m_picPrev->setMinimumSize(240, 240);
+    m_picPrev = makePreview(QStringLiteral("picPrev"), m_pictureLoader, frame);
     grid->addWidget(m_picPrev, 1, 1);
     grid->setColumnStretch(0, 1);
 
@@ -737,6 +742,18 @@ void MainWindow::onPresetPicked(int list)
     }
     // Cleared again, so the same entry can be picked twice.
     presets->setListIndex(-1);
+}
+
+QSize MainWindow::measureQuietly(const QString &path)
+{
+    // An unreadable file shows as 0 x 0 in its row or as an empty preview;
+    // neither reports an error of its own.
+    const bool wasSuppressed = m_suppressReports.exchange(true);
+    int width = 0;
+    int height = 0;
+    imaging::measure(path, width, height);
+    m_suppressReports = wasSuppressed;
+    return QSize(width, height);
 }
 
 void MainWindow::updateSourceCount()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QPointer>
+#include <QSize>
 #include <QString>
 #include <QWidget>
 
@@ -19,9 +20,10 @@ class QRadioButton;
 
 namespace valtrona {
 
-class PreviewBox;
+class PictureLoader;
 class VxActCtrl;
 class VxLineIn;
+class VxPict;
 class SourceList;
 class StatusList;
 class UserDialogs;
@@ -102,6 +104,7 @@ private:
     void onStyleChanged();
     void onPresetPicked(int list);
 
+    QSize measureQuietly(const QString &path);
     void updateSourceCount();
     void showSourcePreview(const QString &path);
     void readLastParameters();
@@ -122,11 +125,12 @@ private:
     std::atomic_bool m_suppressReports = false;
     QString m_lastSourceFolder;
 
+    std::shared_ptr<PictureLoader> m_pictureLoader;
     VxActCtrl *m_aa = nullptr;
 
     // Card 1
     SourceList *m_lv = nullptr;
-    PreviewBox *m_prv = nullptr;
+    VxPict *m_prv = nullptr;
     QPushButton *m_cmdOpen = nullptr;
     QPushButton *m_cmdOpenF = nullptr;
     QPushButton *m_cmdRemove = nullptr;
@@ -151,7 +155,7 @@ private:
     // Card 3
     QProgressBar *m_prog = nullptr;
     StatusList *m_lvStat = nullptr;
-    PreviewBox *m_picPrev = nullptr;
+    VxPict *m_picPrev = nullptr;
     QPushButton *m_cmdStop = nullptr;
 
     // Button row

@@ -1,7 +1,6 @@
 #include "app/settingsdialog.h"
 
 #include <QCloseEvent>
-#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QPixmap>
 #include <QPushButton>
@@ -10,6 +9,8 @@
 #include "app/lineinputs.h"
 #include "app/userdialogs.h"
 #include "controls/controlsupport.h"
+#include "controls/vxborder.h"
+#include "controls/vxcont.h"
 #include "controls/vxlinein.h"
 #include "core/inifile.h"
 #include "core/settings.h"
@@ -60,7 +61,9 @@ SettingsDialog::SettingsDialog(QString settingsPath, std::shared_ptr<UserDialogs
     m_cmdSave = new QPushButton(QStringLiteral("S&peichern"), this);
     m_cmdSave->setObjectName(QStringLiteral("cmdSave"));
 
-    auto *frame = new QGroupBox(QStringLiteral("Optionen : "), this);
+    auto *frame = new VxCont(this);
+    frame->setBorderStyle(BorderStyleCode::ThreedInOut);
+    frame->setCaptionFrame(QStringLiteral("Optionen : "));
     frame->setObjectName(QStringLiteral("Frame2"));
     auto *lines = new QVBoxLayout(frame);
     for (int i = 0; i < lineCount; ++i) {

@@ -23,11 +23,11 @@
 #include <memory>
 
 #include "app/mainwindow.h"
-#include "app/previewbox.h"
 #include "app/settingsdialog.h"
 #include "app/sourcelist.h"
 #include "app/statuslist.h"
 #include "controls/vxlinein.h"
+#include "controls/vxpict.h"
 #include "core/inifile.h"
 #include "scripteddialogs.h"
 #include "support/testsupport.h"
@@ -321,7 +321,7 @@ TEST_F(MainWindowTest, BatchRunsToCompletionWithRowsFilesAndSavedParameters)
                                      QStringLiteral("Valtrona - 75 %"), QStringLiteral("Valtrona - 100 %")}));
 
     // A click on a row with a path shows that file in the card's preview.
-    auto *preview = child<PreviewBox>(*window, "picPrev");
+    auto *preview = child<VxPict>(*window, "picPrev");
     EXPECT_TRUE(preview->fileName().isEmpty()); // cleared when the run ended
     QTest::mouseClick(status->viewport(), Qt::LeftButton, {},
                       status->visualItemRect(status->topLevelItem(pictureRow)).center());
@@ -404,7 +404,7 @@ TEST_F(MainWindowTest, PreviewFollowsTheClickedSourceAndClearsOnRemoval)
     dialogs->nextFiles = sourceImages(2);
     click(*window, "cmdOpen");
     SourceList *list = window->sourceList();
-    auto *preview = child<PreviewBox>(*window, "PRV");
+    auto *preview = child<VxPict>(*window, "PRV");
 
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->topLevelItem(1)).center());
     EXPECT_EQ(preview->fileName(), list->pathAt(1));
