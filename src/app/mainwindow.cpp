@@ -6,7 +6,6 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
-#include <QDir>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -17,9 +16,9 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
+#include "app/imagingpictureloader.h"
 #include "app/lineinputs.h"
 #include "app/offthreadimaging.h"
-#include "app/imagingpictureloader.h"
 #include "app/settingsdialog.h"
 #include "app/sourcelist.h"
 #include "app/statuslist.h"
@@ -27,8 +26,6 @@
 #include "batch/conversionrun.h"
 #include "batch/runsettings.h"
 #include "batch/sizerules.h"
-#include "core/appinfo.h"
-#include "core/fileservices.h"
 #include "controls/controlsupport.h"
 #include "controls/lineinput_dialogs.h"
 #include "controls/vxactctrl.h"
@@ -37,6 +34,8 @@
 #include "controls/vxinvisiblecont.h"
 #include "controls/vxlinein.h"
 #include "controls/vxpict.h"
+#include "core/appinfo.h"
+#include "core/fileservices.h"
 #include "core/settings.h"
 #include "imaging/imaging.h"
 
@@ -136,18 +135,31 @@ void selectItemData(VxLineIn *line, int itemData)
     }
 }
 
-// The folder button of the target line asks through the window's dialogs.
+// The folder button of the target line asks through the window's dialogs
+// (so tests answer it); file dialogs, which no line of this window opens,
+// stay the control library's own.
 class LineDialogs : public LineInputDialogs
 {
 public:
     explicit LineDialogs(std::shared_ptr<UserDialogs> dialogs)
         : m_dialogs(std::move(dialogs))
+        , m_files(standardLineInputDialogs())
     {
     }
 
-    QString openFile(QWidget *, const QString &, const QString &, const QString &) override { return {}; }
-    QStringList openFiles(QWidget *, const QString &, const QString &, const QString &) override { return {}; }
-    QString saveFile(QWidget *, const QString &, const QString &, const QString &) override { return {}; }
+    QString openFile(QWidget *parent, const QString &caption, const QString &start, const QString &filter) override
+    {
+        return m_files->openFile(parent, caption, start, filter);
+    }
+    QStringList openFiles(QWidget *parent, const QString &caption, const QString &start,
+                          const QString &filter) override
+    {
+        return m_files->openFiles(parent, caption, start, filter);
+    }
+    QString saveFile(QWidget *parent, const QString &caption, const QString &start, const QString &filter) override
+    {
+        return m_files->saveFile(parent, caption, start, filter);
+    }
     QString chooseFolder(QWidget *parent, const QString &caption, const QString &start, bool) override
     {
         return m_dialogs->chooseFolder(parent, caption, start);
@@ -155,6 +167,7 @@ public:
 
 private:
     std::shared_ptr<UserDialogs> m_dialogs;
+    std::shared_ptr<LineInputDialogs> m_files;
 };
 
 QLabel *buddyLabel(const QString &text, QWidget *buddy, QWidget *parent)

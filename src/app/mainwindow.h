@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QPointer>
 #include <QSize>
 #include <QString>
 #include <QWidget>
@@ -9,11 +8,9 @@
 #include <functional>
 #include <memory>
 
-class QButtonGroup;
 class QCheckBox;
 class QComboBox;
 class QLabel;
-class QLineEdit;
 class QProgressBar;
 class QPushButton;
 class QRadioButton;
@@ -21,12 +18,12 @@ class QRadioButton;
 namespace valtrona {
 
 class PictureLoader;
-class VxActCtrl;
-class VxLineIn;
-class VxPict;
 class SourceList;
 class StatusList;
 class UserDialogs;
+class VxActCtrl;
+class VxLineIn;
+class VxPict;
 
 /// The main window: three cards (source files, parameters, processing),
 /// the button row below them, the start-up and shut-down of the program.

@@ -522,6 +522,19 @@ TEST_F(MainWindowTest, OpenDialogOffersImagesThenAllFiles)
     EXPECT_EQ(window->sourceList()->count(), 0);
 }
 
+TEST_F(MainWindowTest, TargetFolderButtonFillsTheLineUnlessCancelled)
+{
+    auto window = open();
+    VxLineIn *target = line(*window, "txtDst");
+    target->setText(QStringLiteral("/alt"));
+    dialogs->nextFolder = sandbox.path();
+    target->clickButton();
+    EXPECT_EQ(target->text(), sandbox.path());
+    EXPECT_EQ(dialogs->lastStartFolder, QStringLiteral("/alt"));
+    target->clickButton(); // cancelled
+    EXPECT_EQ(target->text(), sandbox.path());
+}
+
 TEST_F(MainWindowTest, RemovingRowsAsksOnlyForAll)
 {
     auto window = open();
