@@ -209,6 +209,8 @@ TEST_F(SourceListTest, DroppedFilesAreAddedInDropOrderUnfiltered)
 {
     const QString z = file(QStringLiteral("z.png"));
     const QString text = file(QStringLiteral("readme.txt"));
+    // A file manager's drop reaches the widget under the pointer that accepts drops.
+    EXPECT_TRUE(list.viewport()->acceptDrops());
     QMimeData mime;
     mime.setUrls({QUrl::fromLocalFile(z), QUrl::fromLocalFile(sandbox.path()), QUrl::fromLocalFile(text),
                   QUrl(QStringLiteral("https://example.org/x.jpg"))});
