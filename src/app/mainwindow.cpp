@@ -676,7 +676,10 @@ void MainWindow::onReset()
 void MainWindow::onConfigure()
 {
     SettingsDialog dialog(m_env.settingsPath, m_env.dialogs, this);
-    dialog.fill();
+    // The dialog fills itself when its hidden init button is pressed.
+    QPushButton *init = dialog.initButton();
+    init->setProperty("Tag", 1);
+    init->click();
     dialog.exec();
 }
 
