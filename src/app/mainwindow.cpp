@@ -288,6 +288,13 @@ MainWindow::MainWindow(Environment environment, QWidget *parent)
     m_aa->setCtlDisplays(QStringLiteral("Quelldateien;Parameter;Bildverarbeitung"));
     m_aa->setCtlWidth(QStringLiteral("0;0;"));
     m_aa->setCtlHeight(QStringLiteral("0;0;"));
+    // Framed containers report a fixed size hint of their own; what they
+    // hold decides how small a card may get.
+    const QList<VxCont *> frames = cardArea->findChildren<VxCont *>();
+    for (VxCont *frame : frames) {
+        if (frame->layout())
+            frame->setMinimumSize(frame->layout()->totalMinimumSize());
+    }
     int minimumWidth = 0;
     int minimumHeight = 0;
     for (QWidget *card : cards) {

@@ -94,6 +94,8 @@ SettingsDialog::SettingsDialog(QString settingsPath, std::shared_ptr<UserDialogs
         connect(line, &VxLineIn::buttonClicked, this, [this, line] { showParameterHelp(line->tag()); });
     }
     fitLabelColumn(QList<VxLineIn *>(std::begin(m_lines), std::end(m_lines)), 130);
+    // The frame reports a fixed size hint of its own; the lines decide.
+    frame->setMinimumSize(lines->totalSizeHint());
     layout->addWidget(frame);
 
     auto *buttons = new QHBoxLayout;
