@@ -1,3 +1,4 @@
+#include <QAbstractButton>
 #include <QAbstractItemModel>
 #include <QApplication>
 #include <QCheckBox>
@@ -185,6 +186,37 @@ TEST_F(MainWindowTest, FirstStartSeedsTheFileAndTheSecondShowsThePresets)
     EXPECT_EQ(presets.at(0)->listCount(), 16);
     EXPECT_EQ(presets.at(0)->itemText(9), QStringLiteral("0800x0600"));
     EXPECT_EQ(presets.at(0)->listIndex(), -1);
+}
+
+TEST_F(MainWindowTest, EveryCardShowsItsControlsWholeAndApart)
+{
+    auto window = open();
+    dialogs->nextFiles = sourceImages(1);
+    click(*window, "cmdOpen");
+    for (int card = 1; card <= 3; ++card) {
+        window->showCard(card);
+        QCoreApplication::processEvents();
+        QList<QWidget *> shown;
+        const QList<QWidget *> all = window->findChildren<QWidget *>();
+        for (QWidget *widget : all) {
+            const bool control = qobject_cast<QAbstractButton *>(widget) || qobject_cast<VxLineIn *>(widget)
+                || qobject_cast<QComboBox *>(widget) || qobject_cast<QLabel *>(widget);
+            if (control && widget->isVisibleTo(window.get()) && !widget->parentWidget()->inherits("valtrona::VxLineIn")
+                && !widget->parentWidget()->parentWidget()->inherits("valtrona::VxLineIn"))
+                shown.append(widget);
+        }
+        for (QWidget *widget : shown) {
+            const QString name = widget->objectName() + QLatin1Char(' ') + QString::fromLatin1(widget->metaObject()->className());
+            EXPECT_GE(widget->height(), widget->minimumSizeHint().height()) << card << " " << name.toStdString();
+            EXPECT_GE(widget->width(), widget->minimumSizeHint().width()) << card << " " << name.toStdString();
+            for (QWidget *other : shown) {
+                if (other != widget && other->parentWidget() == widget->parentWidget()) {
+                    EXPECT_FALSE(widget->geometry().intersects(other->geometry()))
+                        << card << " " << name.toStdString() << " / " << other->objectName().toStdString();
+                }
+            }
+        }
+    }
 }
 
 TEST_F(MainWindowTest, APickedPresetFillsBothInputsAndCanBePickedAgain)

@@ -68,6 +68,19 @@ TEST_F(SettingsDialogTest, FillsFromTheFileWithoutCountingAsAChange)
     EXPECT_TRUE(dialogs->shown.isEmpty());
 }
 
+TEST_F(SettingsDialogTest, NoLineIsSqueezedOrOverlapped)
+{
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog.get()));
+    for (int index = 5; index <= 9; ++index) {
+        VxLineIn *line = dialog->line(index);
+        EXPECT_GE(line->height(), line->minimumSizeHint().height()) << index;
+        EXPECT_GE(line->width(), 4755 / 15) << index;
+        if (index > 5) {
+            EXPECT_FALSE(line->geometry().intersects(dialog->line(index - 1)->geometry())) << index;
+        }
+    }
+}
+
 TEST_F(SettingsDialogTest, SaveWithYesWritesAllFiveLines)
 {
     type(5, QStringLiteral("70"));
