@@ -3,6 +3,8 @@
 #include <QFileDialog>
 #include <QMessageBox>
 
+#include <memory>
+
 namespace valtrona {
 
 UserDialogs::~UserDialogs() = default;
@@ -24,14 +26,37 @@ void StandardDialogs::plainMessage(QWidget *parent, const QString &title, const 
     box.exec();
 }
 
+QFileDialog *StandardDialogs::createOpenDialog(QWidget *parent, const QString &title, const QStringList &filters)
+{
+    auto *dialog = new QFileDialog(parent, title);
+    dialog->setOption(QFileDialog::DontUseNativeDialog);
+    dialog->setFileMode(QFileDialog::ExistingFiles);
+    dialog->setAcceptMode(QFileDialog::AcceptOpen);
+    dialog->setNameFilters(filters);
+    return dialog;
+}
+
+QFileDialog *StandardDialogs::createFolderDialog(QWidget *parent, const QString &prompt, const QString &startFolder)
+{
+    auto *dialog = new QFileDialog(parent, prompt, startFolder);
+    dialog->setOption(QFileDialog::DontUseNativeDialog);
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setOption(QFileDialog::ShowDirsOnly);
+    return dialog;
+}
+
 QStringList StandardDialogs::openFiles(QWidget *parent, const QString &title, const QStringList &filters)
 {
-    return QFileDialog::getOpenFileNames(parent, title, QString(), filters.join(QStringLiteral(";;")));
+    const std::unique_ptr<QFileDialog> dialog(createOpenDialog(parent, title, filters));
+    return dialog->exec() == QDialog::Accepted ? dialog->selectedFiles() : QStringList();
 }
 
 QString StandardDialogs::chooseFolder(QWidget *parent, const QString &prompt, const QString &startFolder)
 {
-    return QFileDialog::getExistingDirectory(parent, prompt, startFolder);
+    const std::unique_ptr<QFileDialog> dialog(createFolderDialog(parent, prompt, startFolder));
+    if (dialog->exec() != QDialog::Accepted)
+        return QString();
+    return dialog->selectedFiles().value(0);
 }
 
 } // namespace valtrona

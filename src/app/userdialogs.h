@@ -3,6 +3,7 @@
 #include <QString>
 #include <QStringList>
 
+class QFileDialog;
 class QWidget;
 
 namespace valtrona {
@@ -27,10 +28,18 @@ public:
     virtual QString chooseFolder(QWidget *parent, const QString &prompt, const QString &startFolder) = 0;
 };
 
-/// The real dialogs: QMessageBox and QFileDialog.
+/// The real dialogs: QMessageBox and Qt's own QFileDialog (not the
+/// desktop's), so they read German with the program and match file
+/// extensions in any letter case.
 class StandardDialogs : public UserDialogs
 {
 public:
+    /// The open dialog as openFiles() shows it: multiple existing files,
+    /// the given filter rows, no start folder. The caller owns it.
+    static QFileDialog *createOpenDialog(QWidget *parent, const QString &title, const QStringList &filters);
+    /// The folder dialog as chooseFolder() shows it. The caller owns it.
+    static QFileDialog *createFolderDialog(QWidget *parent, const QString &prompt, const QString &startFolder);
+
     void information(QWidget *parent, const QString &title, const QString &text) override;
     bool askYesNo(QWidget *parent, const QString &title, const QString &text) override;
     void plainMessage(QWidget *parent, const QString &title, const QString &text) override;
