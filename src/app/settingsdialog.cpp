@@ -112,8 +112,10 @@ SettingsDialog::SettingsDialog(QString settingsPath, std::shared_ptr<UserDialogs
         setTabOrder(m_lines[i - 1], m_lines[i]);
     setTabOrder(m_lines[lineCount - 1], m_cmdSave);
 
-    m_cmdAB->setAutoDefault(false);
-    m_cmdSave->setAutoDefault(false);
+    // Enter presses the focused button; there is no default button, so
+    // Enter in a line does not close the dialog unasked.
+    m_cmdAB->setAutoDefault(true);
+    m_cmdSave->setAutoDefault(true);
     m_cmdInit->setAutoDefault(false);
 
     connect(m_cmdInit, &QPushButton::clicked, this, &SettingsDialog::fill);

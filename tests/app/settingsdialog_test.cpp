@@ -130,6 +130,16 @@ TEST_F(SettingsDialogTest, CloseBoxAndEscapeAskOnce)
     EXPECT_EQ(stored("PXL"), QStringLiteral("2"));
 }
 
+TEST_F(SettingsDialogTest, EnterInALineConfirmsWithTheSaveQuestion)
+{
+    type(5, QStringLiteral("60"));
+    dialogs->answers = {true};
+    QTest::keyClick(dialog->line(5)->findChild<QLineEdit *>(QStringLiteral("txt")), Qt::Key_Return);
+    ASSERT_EQ(dialogs->shown.size(), 1);
+    EXPECT_EQ(stored("PRZ"), QStringLiteral("60"));
+    EXPECT_FALSE(dialog->isVisible());
+}
+
 TEST_F(SettingsDialogTest, ModeLinesTakeOneDigitOfTheirRange)
 {
     const struct
