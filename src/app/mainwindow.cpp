@@ -382,6 +382,9 @@ void MainWindow::buildSourceCard(QWidget *card)
     connect(m_cmdRemove, &QPushButton::clicked, this, &MainWindow::onRemoveSelected);
     connect(m_cmdRemoveAll, &QPushButton::clicked, this, &MainWindow::onRemoveAll);
     connect(m_lv, &SourceList::previewRequested, this, &MainWindow::showSourcePreview);
+    auto *removeKey = new QShortcut(QKeySequence::Delete, m_lv);
+    removeKey->setContext(Qt::WidgetShortcut);
+    connect(removeKey, &QShortcut::activated, m_cmdRemove, &QPushButton::click);
 }
 
 void MainWindow::buildParameterCard(QWidget *card)

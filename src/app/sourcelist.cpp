@@ -6,6 +6,7 @@
 #include <QFileIconProvider>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLocale>
 #include <QMimeData>
 #include <QMimeDatabase>
@@ -217,6 +218,16 @@ void SourceList::mousePressEvent(QMouseEvent *event)
     if (!m_previewItem)
         Q_EMIT previewRequested(QString());
     QTreeWidget::mousePressEvent(event);
+}
+
+void SourceList::keyPressEvent(QKeyEvent *event)
+{
+    // Moving through the list with the keyboard previews like a click.
+    QTreeWidgetItem *before = currentItem();
+    QTreeWidget::keyPressEvent(event);
+    QTreeWidgetItem *after = currentItem();
+    if (after && after != before)
+        onItemClicked(after);
 }
 
 void SourceList::dragEnterEvent(QDragEnterEvent *event)

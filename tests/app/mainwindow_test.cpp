@@ -577,6 +577,15 @@ TEST_F(MainWindowTest, RemovingRowsAsksOnlyForAll)
     list->topLevelItem(1)->setSelected(true);
     click(*window, "cmdRemove");
     EXPECT_EQ(list->count(), 2);
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    list->setFocus();
+    list->setCurrentItem(list->topLevelItem(0));
+    QTest::keyClick(list, Qt::Key_Delete); // the Delete key removes like the button
+    EXPECT_EQ(list->count(), 1);
+    EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("1 Bild"));
+    dialogs->nextFiles = {list->pathAt(0), sandbox.filePath(QStringLiteral("src/img01.jpg"))};
+    click(*window, "cmdOpen");
     EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("2 Bilder"));
 
     dialogs->shown.clear();

@@ -182,6 +182,22 @@ TEST_F(SourceListTest, PreviewFollowsClicksUnlessSeveralRowsAreSelected)
     EXPECT_EQ(list.previewItem(), nullptr);
 }
 
+TEST_F(SourceListTest, KeyboardMovesThePreviewLikeClicks)
+{
+    const QString a = file(QStringLiteral("a.jpg"));
+    const QString b = file(QStringLiteral("b.jpg"));
+    list.addSourceFiles({a, b});
+    list.setFocus();
+    list.setCurrentItem(list.topLevelItem(0));
+    QSignalSpy preview(&list, &SourceList::previewRequested);
+
+    QTest::keyClick(&list, Qt::Key_Down);
+    ASSERT_EQ(preview.size(), 1);
+    EXPECT_EQ(preview.takeFirst().at(0).toString(), b);
+    QTest::keyClick(&list, Qt::Key_Up, Qt::ShiftModifier); // extends the selection: two rows
+    EXPECT_TRUE(preview.isEmpty());
+}
+
 TEST_F(SourceListTest, RemoveSelectedWalksAllRowsAndClearsThePreview)
 {
     list.addSourceFiles({file(QStringLiteral("a.jpg")), file(QStringLiteral("b.jpg")), file(QStringLiteral("c.jpg")),
