@@ -126,7 +126,7 @@ int main(int argc, char **argv)
     mallopt(M_ARENA_MAX, std::clamp(jobs, 1, 4));
 #endif
 
-    cli::Terminal terminal(stdout, stderr, isatty(STDERR_FILENO) == 1);
+    cli::Terminal terminal(stdout, stderr, isatty(STDERR_FILENO) == 1, isatty(STDOUT_FILENO) == 1);
     imaging::setReporter([&terminal](const QString &title, const QString &text) {
         terminal.writeMessage(title % u": "_s % text);
     });
