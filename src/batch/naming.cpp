@@ -15,6 +15,8 @@ QString confinedRelativePath(const QString &rel)
 {
     QString normalized = rel;
     normalized.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    // A NUL would end the name early on its way to the system.
+    normalized.replace(QChar(0), QLatin1Char('_'));
     const QStringList parts = normalized.split(QLatin1Char('/'));
     QStringList kept;
     kept.reserve(parts.size());

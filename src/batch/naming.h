@@ -16,7 +16,7 @@ namespace valtrona {
 /// The longest common leading text, compared character by character after
 /// upper-casing, of the source directories (each with a trailing "/"), in
 /// the spelling of the last source. Not cut back to a directory boundary:
-/// "/Bilder/Urlaub/" and "/Bilder/Ursula/" give "/Bilder/U". Empty for an
+/// "/Bilder/Urlaub/" and "/Bilder/Uwe/" give "/Bilder/U". Empty for an
 /// empty list or when two sources share nothing.
 QString commonBaseDirectory(const QStringList &sourcePaths);
 

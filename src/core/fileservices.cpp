@@ -277,8 +277,9 @@ Expected<void, FileError> copyFileAtomically(const QString &source, const QStrin
     struct stat sourceInfo {};
     if (!statPath(source, sourceInfo))
         return unexpected(fileError(FileError::Code::NotFound, QStringLiteral("no such file: ") + source));
-    if (S_ISDIR(sourceInfo.st_mode))
-        return unexpected(fileError(FileError::Code::OpenFailed, QStringLiteral("is a directory: ") + source));
+    // A pipe or a device would block the reader or never end.
+    if (!S_ISREG(sourceInfo.st_mode))
+        return unexpected(fileError(FileError::Code::OpenFailed, QStringLiteral("not a regular file: ") + source));
 
     // Copying a file onto itself would at best replace it with itself; the
     // source is left alone.

@@ -67,23 +67,32 @@ struct Line
 
 enum class LineKind { Blank, Header, Comment, Key, Other };
 
+// Line breaks are found with memchr-based searches, so long lines cost
+// little even in an instrumented build.
 QList<Line> splitLines(const QByteArray &bytes)
 {
     QList<Line> lines;
     const qsizetype n = bytes.size();
     qsizetype i = bytes.startsWith(utf8Bom) ? utf8Bom.size() : 0;
+    qsizetype nextCr = bytes.indexOf('\r', i);
+    qsizetype nextLf = bytes.indexOf('\n', i);
     while (i < n) {
+        if (nextCr >= 0 && nextCr < i)
+            nextCr = bytes.indexOf('\r', i);
+        if (nextLf >= 0 && nextLf < i)
+            nextLf = bytes.indexOf('\n', i);
+        qsizetype lineBreak = n;
+        if (nextCr >= 0)
+            lineBreak = nextCr;
+        if (nextLf >= 0 && nextLf < lineBreak)
+            lineBreak = nextLf;
         Line line;
         line.start = i;
-        while (i < n && bytes.at(i) != '\r' && bytes.at(i) != '\n')
-            ++i;
-        line.contentEnd = i;
-        if (i < n) {
-            if (bytes.at(i) == '\r' && i + 1 < n && bytes.at(i + 1) == '\n')
-                i += 2;
-            else
-                ++i;
-        }
+        line.contentEnd = lineBreak;
+        if (lineBreak < n)
+            i = lineBreak == nextCr && nextLf == lineBreak + 1 ? lineBreak + 2 : lineBreak + 1;
+        else
+            i = n;
         line.end = i;
         lines.append(line);
     }
@@ -257,7 +266,9 @@ FileBytes readFile(const QString &path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return {FileState::Unreadable, {}};
-    QByteArray bytes = file.read(iniMaxFileSize + 1);
+    if (file.size() > iniMaxFileSize)
+        return {FileState::Unreadable, {}};
+    QByteArray bytes = file.readAll();
     if (bytes.size() > iniMaxFileSize || file.error() != QFileDevice::NoError)
         return {FileState::Unreadable, {}};
     return {FileState::Read, bytes};
@@ -305,19 +316,15 @@ QByteArray trimmedControl(const QByteArray &text)
 
 QByteArray withCrLf(const QByteArray &text)
 {
+    const QList<Line> lines = splitLines(text);
     QByteArray out;
-    out.reserve(text.size() + text.size() / 16);
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const char c = text.at(i);
-        if (c == '\r') {
+    out.reserve(text.size() + lines.size());
+    if (text.startsWith(utf8Bom))
+        out.append(utf8Bom);
+    for (const Line &line : lines) {
+        out.append(QByteArrayView(text).sliced(line.start, line.contentEnd - line.start));
+        if (line.end > line.contentEnd)
             out.append("\r\n");
-            if (i + 1 < text.size() && text.at(i + 1) == '\n')
-                ++i;
-        } else if (c == '\n') {
-            out.append("\r\n");
-        } else {
-            out.append(c);
-        }
     }
     return out;
 }
@@ -331,6 +338,63 @@ QByteArray tidyPass(const QByteArray &text)
     while (out.contains(three))
         out.replace(three, "\r\n\r\n");
     return trimmedControl(out);
+}
+
+bool isAscii(const QByteArray &bytes)
+{
+    for (const char c : bytes) {
+        if (quint8(c) >= 0x80)
+            return false;
+    }
+    return true;
+}
+
+// Sets a key in a document held as bytes, in the document's encoding
+// (UTF-8 when the bytes are valid UTF-8, else Latin-1). Names are checked
+// and trimmed by the caller.
+void setInBytes(QByteArray &bytes, const QString &sectionName, const QString &keyName,
+                const QString &value)
+{
+    const Parsed parsed(bytes);
+    const auto encode = [&parsed](const QString &text) {
+        return parsed.isUtf8() ? text.toUtf8() : text.toLatin1();
+    };
+    const QByteArray stored = encode(storedValue(value));
+
+    const qsizetype header = parsed.findSection(sectionName);
+    if (header >= 0) {
+        const qsizetype keyLine = parsed.findKey(header, keyName);
+        if (keyLine >= 0) {
+            const Line &line = parsed.lines().at(keyLine);
+            const auto [begin, end] = parsed.valueRange(line);
+            const bool hasEquals = parsed.content(line).contains('=');
+            bytes.replace(begin, end - begin, hasEquals ? stored : '=' + stored);
+            return;
+        }
+        qsizetype anchor = header;
+        const qsizetype end = parsed.sectionEnd(header);
+        for (qsizetype i = header + 1; i < end; ++i) {
+            const LineKind k = parsed.kind(parsed.lines().at(i));
+            if (k == LineKind::Key || k == LineKind::Other)
+                anchor = i;
+        }
+        const Line &line = parsed.lines().at(anchor);
+        bytes.insert(line.contentEnd, parsed.lineBreakAfter(line) + encode(keyName) + '=' + stored);
+        return;
+    }
+
+    const QByteArray lineBreak = parsed.lines().isEmpty()
+        ? "\r\n"_ba
+        : parsed.lineBreakAfter(parsed.lines().constLast());
+    if (!parsed.lines().isEmpty()) {
+        const Line &last = parsed.lines().constLast();
+        if (last.end == last.contentEnd)
+            bytes.append(lineBreak);
+        if (parsed.kind(last) != LineKind::Blank)
+            bytes.append(lineBreak);
+    }
+    bytes.append('[' + encode(sectionName) + ']' + lineBreak + encode(keyName) + '=' + stored
+                   + lineBreak);
 }
 
 } // namespace
@@ -375,55 +439,23 @@ bool IniDocument::setValue(const QString &section, const QString &key, const QSt
         return false;
 
     // New text goes in the document's own encoding. An old single-byte file
-    // that is to take a character outside Latin-1 is converted to UTF-8 as a
-    // whole first, so that it stays readable in one encoding.
+    // keeps its encoding as long as the new text fits Latin-1 and the result
+    // still reads the same way; otherwise it is converted to UTF-8 as a whole
+    // first, so every other value keeps its meaning.
     if (!isValidUtf8(m_bytes)) {
-        const QString all = sectionName + keyName + value;
         QStringEncoder latin1(QStringEncoder::Latin1);
-        const QByteArray ignored = latin1.encode(all);
-        if (latin1.hasError())
-            m_bytes = QString::fromLatin1(m_bytes).toUtf8();
-    }
-    const Parsed parsed(m_bytes);
-    const auto encode = [&parsed](const QString &text) {
-        return parsed.isUtf8() ? text.toUtf8() : text.toLatin1();
-    };
-    const QByteArray stored = encode(storedValue(value));
-
-    const qsizetype header = parsed.findSection(sectionName);
-    if (header >= 0) {
-        const qsizetype keyLine = parsed.findKey(header, keyName);
-        if (keyLine >= 0) {
-            const Line &line = parsed.lines().at(keyLine);
-            const auto [begin, end] = parsed.valueRange(line);
-            const bool hasEquals = parsed.content(line).contains('=');
-            m_bytes.replace(begin, end - begin, hasEquals ? stored : '=' + stored);
-            return true;
+        const QByteArray ignored = latin1.encode(sectionName + keyName + value);
+        if (!latin1.hasError()) {
+            QByteArray trial = m_bytes;
+            setInBytes(trial, sectionName, keyName, value);
+            if (!isValidUtf8(trial) || isAscii(trial)) {
+                m_bytes = std::move(trial);
+                return true;
+            }
         }
-        qsizetype anchor = header;
-        const qsizetype end = parsed.sectionEnd(header);
-        for (qsizetype i = header + 1; i < end; ++i) {
-            const LineKind k = parsed.kind(parsed.lines().at(i));
-            if (k == LineKind::Key || k == LineKind::Other)
-                anchor = i;
-        }
-        const Line &line = parsed.lines().at(anchor);
-        m_bytes.insert(line.contentEnd, parsed.lineBreakAfter(line) + encode(keyName) + '=' + stored);
-        return true;
+        m_bytes = QString::fromLatin1(m_bytes).toUtf8();
     }
-
-    const QByteArray lineBreak = parsed.lines().isEmpty()
-        ? "\r\n"_ba
-        : parsed.lineBreakAfter(parsed.lines().constLast());
-    if (!parsed.lines().isEmpty()) {
-        const Line &last = parsed.lines().constLast();
-        if (last.end == last.contentEnd)
-            m_bytes.append(lineBreak);
-        if (parsed.kind(last) != LineKind::Blank)
-            m_bytes.append(lineBreak);
-    }
-    m_bytes.append('[' + encode(sectionName) + ']' + lineBreak + encode(keyName) + '=' + stored
-                   + lineBreak);
+    setInBytes(m_bytes, sectionName, keyName, value);
     return true;
 }
 
@@ -472,8 +504,8 @@ bool editIniFile(const QString &file, const std::function<bool(IniDocument &)> &
     IniDocument document(current.bytes);
     if (!edit(document))
         return false;
-    if (current.state == FileState::Read && document.bytes() == current.bytes)
-        return true;
+    if (document.bytes() == current.bytes)
+        return true; // nothing to write; a missing file is not created empty
     return writeFileAtomically(file, document.bytes());
 }
 
@@ -618,7 +650,8 @@ QByteArray tidiedIniText(const QByteArray &text)
     }
     if (current.isEmpty())
         return current;
-    return current + "\r\n";
+    current.append("\r\n");
+    return current;
 }
 
 bool tidyIniFile(const QString &file)

@@ -162,16 +162,24 @@ bool removeTree(const QString &path)
     return ::unlink(encoded(path).constData()) == 0;
 }
 
-// "IMG.jpg", "IMG.2.jpg", "IMG.3.jpg", ...
+// "IMG.jpg", "IMG.2.jpg", "IMG.3.jpg", ..., each short enough that its
+// ".trashinfo" still fits the file system's name limit.
 QString candidateName(const QString &name, int attempt)
 {
-    if (attempt == 1)
-        return name;
-    const qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
-    const QString number = QString::number(attempt);
+    constexpr qsizetype nameMax = 255;
+    const qsizetype infoSuffix = qsizetype(sizeof(".trashinfo") - 1);
+    qsizetype dot = name.lastIndexOf(QLatin1Char('.'));
     if (dot <= 0)
-        return name + QLatin1Char('.') + number;
-    return name.left(dot) + QLatin1Char('.') + number + name.mid(dot);
+        dot = name.size();
+    QString stem = name.left(dot);
+    const QString ext = name.mid(dot);
+    const QString number = attempt == 1 ? QString() : QLatin1Char('.') + QString::number(attempt);
+    for (;;) {
+        const QString candidate = stem + number + ext;
+        if (encoded(candidate).size() + infoSuffix <= nameMax || stem.size() <= 1)
+            return candidate;
+        stem.chop(stem.size() >= 2 && stem.at(stem.size() - 1).isLowSurrogate() ? 2 : 1);
+    }
 }
 
 QByteArray trashInfo(const QString &originalPath, const QString &topDirectory)
@@ -319,6 +327,11 @@ Expected<TrashedItem, TrashError> moveToTrash(const QString &path)
         return moveToTrashAt(p, TrashLocation{home, QString()});
 
     const QString original = originalLocation(p);
+    struct stat parentInfo {};
+    if (S_ISDIR(item.st_mode) && statPath(parentOf(original), parentInfo) && parentInfo.st_dev != item.st_dev) {
+        // A mount point: its contents are not ours to move or copy away.
+        return unexpected(trashError(TrashError::Code::MoveFailed, QStringLiteral("is a mount point: ") + p));
+    }
     const QString top = mountTopOf(parentOf(original), item.st_dev);
     struct stat topInfo {};
     // An item that is itself a mount point has no top directory of its own.

@@ -115,30 +115,6 @@ TEST(FormatParametersValidTest, TestsOnlyEmptiness)
     }
 }
 
-TEST(ParameterCardTablesTest, ListsAndLabelsFollowTheStyle)
-{
-    const QList<ChoiceEntry> styles = changeStyleEntries();
-    ASSERT_EQ(styles.size(), 5);
-    EXPECT_EQ(styles.at(0), (ChoiceEntry {u"0 - Breite und Höhe"_s, 0}));
-    EXPECT_EQ(styles.at(3), (ChoiceEntry {u"3 - Quadratisch lange Seite"_s, 3}));
-    EXPECT_EQ(styles.at(4), (ChoiceEntry {u"4 - Passend in Rechteck"_s, 4}));
-    for (int i = 0; i < styles.size(); ++i)
-        EXPECT_EQ(styles.at(i).itemData, i);
-    EXPECT_EQ(sizeUnitEntries(),
-              (QList<ChoiceEntry> {{u"Pixel"_s, 0}, {u"Prozent"_s, 1}}));
-
-    EXPECT_EQ(widthLabelText(3), u"Seitenlänge :"_s);
-    EXPECT_EQ(widthLabelText(4), u"Breite :"_s);
-    EXPECT_EQ(heightLabelText(), u"Höhe :"_s);
-
-    const std::optional<InputEnabling> expected[] = {
-        InputEnabling {true, true}, InputEnabling {false, true}, InputEnabling {true, false},
-        InputEnabling {true, false}, InputEnabling {true, true}, std::nullopt};
-    for (int style = 0; style <= 5; ++style)
-        EXPECT_EQ(inputEnabling(style), expected[style]) << style;
-    EXPECT_EQ(inputEnabling(-1), std::nullopt);
-}
-
 TEST(PresetTest, SplitsAtLowerCaseX)
 {
     struct Case
@@ -168,12 +144,6 @@ TEST(PresetTest, SplitsAtLowerCaseX)
 
 TEST(PresetTest, ListsComeFromTheSettingsFile)
 {
-    const QList<PresetList> lists = presetLists();
-    ASSERT_EQ(lists.size(), 4);
-    EXPECT_EQ(lists.at(0).caption, u"Vorgabe 4:3 :"_s);
-    EXPECT_EQ(lists.at(3).caption, u"Vorgabe 16:9 :"_s);
-    EXPECT_EQ(lists.at(3).key, u"169"_s);
-
     test::Sandbox sandbox;
     const QString file = sandbox.writeFile(u"v.ini"_s,
         "[fmt_169]\r\n01=0180x0101\r\n; mine\r\nextra=0999x0562\r\n\r\n[FMT_43]\r\n01=0800x0600\r\n"_ba);

@@ -217,6 +217,11 @@ TEST(IniFileTest, LeavesWhatItCannotUseAlone)
     EXPECT_FALSE(writeIniString(nowhere, u"A"_s, u"k"_s, u"1"_s));
     EXPECT_FALSE(QFileInfo::exists(sandbox.filePath(u"no"_s)));
     EXPECT_FALSE(writeIniString(QString(), u"A"_s, u"k"_s, u"1"_s));
+
+    // An edit that changes nothing does not create the file.
+    const QString missing = sandbox.filePath(u"missing.ini"_s);
+    EXPECT_TRUE(editIniFile(missing, [](IniDocument &) { return true; }));
+    EXPECT_FALSE(QFileInfo::exists(missing));
 }
 
 TEST(IniSectionTest, ReadsRawEntries)

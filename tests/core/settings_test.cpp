@@ -205,17 +205,4 @@ TEST(SettingsPathTest, FollowsTheExecutableName)
     EXPECT_EQ(settingsPath(), dir + base + u".ini"_s);
 }
 
-TEST(SettingsPathTest, DefaultsTableMatchesShippedPresets)
-{
-    const QList<SettingDefault> defaults = seededDefaults();
-    ASSERT_EQ(defaults.size(), 12 + 64);
-    EXPECT_EQ(defaults.at(6).key, u"Path"_s);
-    EXPECT_TRUE(defaults.at(6).value.isEmpty());
-    EXPECT_EQ(defaults.at(12).section, u"FMT_43"_s);
-    EXPECT_EQ(defaults.at(12).key, u"01"_s);
-    EXPECT_EQ(defaults.constLast().section, u"FMT_169"_s);
-    EXPECT_EQ(defaults.constLast().key, u"16"_s);
-    EXPECT_TRUE(defaultPresetEntries(u"11"_s).isEmpty());
-}
-
 } // namespace

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -124,6 +126,23 @@ TEST_F(Trash, SameNamesGetUniqueEntries)
                                          QStringLiteral("IMG_1.3.jpg")}));
 }
 
+TEST_F(Trash, LongNamesAreShortenedToFitTheInfoFile)
+{
+    const QString name = QString(240, QLatin1Char('x')) + QStringLiteral("ö.jpeg");  // 247 bytes
+    QStringList trashedNames;
+    for (const char *dir : {"a", "b"}) {
+        const QString source = m_work.writeFile(QString::fromLatin1(dir) + QLatin1Char('/') + name, dir);
+        const auto trashed = files::moveToTrash(source);
+        ASSERT_TRUE(trashed.has_value()) << trashed.error().message.toStdString();
+        const QString trashedName = QFileInfo(trashed->trashedPath).fileName();
+        EXPECT_LE(QFile::encodeName(trashedName).size() + 10, 255);
+        EXPECT_TRUE(trashedName.endsWith(QStringLiteral(".jpeg")));
+        EXPECT_EQ(parseTrashInfo(trashed->infoPath).path, source);
+        trashedNames.append(trashedName);
+    }
+    EXPECT_NE(trashedNames[0], trashedNames[1]);
+}
+
 TEST_F(Trash, DirectoriesAndLinksGoWhole)
 {
     m_work.writeFile(QStringLiteral("Ordner/unter/bild.jpg"), "x");
@@ -175,23 +194,34 @@ TEST_F(Trash, TopDirectoryTrashRecordsRelativePaths)
     EXPECT_NE(readAll(trashed->infoPath).indexOf("Path=Fotos/b%201.jpg\n"), -1);
 }
 
-// Needs a second file system; /dev/shm is one on most machines.
+// A directory on a second file system (/dev/shm on most machines), or null.
+std::unique_ptr<QTemporaryDir> otherFileSystem(const QString &here)
+{
+    auto dir = std::make_unique<QTemporaryDir>(QStringLiteral("/dev/shm/valtrona-trash-XXXXXX"));
+    struct stat a {}, b {};
+    if (!dir->isValid() || ::stat(QFile::encodeName(dir->path()).constData(), &a) != 0
+        || ::stat(QFile::encodeName(here).constData(), &b) != 0 || a.st_dev == b.st_dev) {
+        return nullptr;
+    }
+    return dir;
+}
+
+void writeFile(const QString &path, const QByteArray &bytes)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
 TEST_F(Trash, AcrossFileSystemsTheCopyIsCompleteBeforeTheOriginalGoes)
 {
-    QTemporaryDir other(QStringLiteral("/dev/shm/valtrona-trash-XXXXXX"));
-    struct stat a {}, b {};
-    if (!other.isValid() || ::stat(QFile::encodeName(other.path()).constData(), &a) != 0
-        || ::stat(QFile::encodeName(m_home.path()).constData(), &b) != 0 || a.st_dev == b.st_dev) {
+    const auto other = otherFileSystem(m_home.path());
+    if (!other)
         GTEST_SKIP() << "no second writable file system";
-    }
-    const QString file = other.filePath(QStringLiteral("quelle.jpg"));
-    {
-        QFile f(file);
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write("fern");
-    }
-    QDir().mkpath(other.filePath(QStringLiteral("baum/ast")));
-    QFile::copy(file, other.filePath(QStringLiteral("baum/ast/blatt.jpg")));
+    const QString file = other->filePath(QStringLiteral("quelle.jpg"));
+    writeFile(file, "fern");
+    writeFile(other->filePath(QStringLiteral("baum/ast/blatt.jpg")), "blatt");
 
     const files::TrashLocation home{files::homeTrashDirectory(), QString()};
     const auto trashedFile = files::moveToTrashAt(file, home);
@@ -200,32 +230,18 @@ TEST_F(Trash, AcrossFileSystemsTheCopyIsCompleteBeforeTheOriginalGoes)
     EXPECT_EQ(readAll(trashedFile->trashedPath), QByteArray("fern"));
     EXPECT_EQ(parseTrashInfo(trashedFile->infoPath).path, file);
 
-    const auto trashedTree = files::moveToTrashAt(other.filePath(QStringLiteral("baum")), home);
+    const auto trashedTree = files::moveToTrashAt(other->filePath(QStringLiteral("baum")), home);
     ASSERT_TRUE(trashedTree.has_value());
-    EXPECT_FALSE(QFileInfo::exists(other.filePath(QStringLiteral("baum"))));
-    EXPECT_EQ(readAll(trashedTree->trashedPath + QStringLiteral("/ast/blatt.jpg")), QByteArray("fern"));
-}
+    EXPECT_FALSE(QFileInfo::exists(other->filePath(QStringLiteral("baum"))));
+    EXPECT_EQ(readAll(trashedTree->trashedPath + QStringLiteral("/ast/blatt.jpg")), QByteArray("blatt"));
 
-// The automatic choice on another file system: the trash of that mount.
-TEST_F(Trash, OnAnotherMountTheItemStaysOnItsFileSystem)
-{
-    QTemporaryDir other(QStringLiteral("/dev/shm/valtrona-trash-XXXXXX"));
-    struct stat a {}, b {};
-    if (!other.isValid() || ::stat(QFile::encodeName(other.path()).constData(), &a) != 0
-        || ::stat(QFile::encodeName(m_home.path()).constData(), &b) != 0 || a.st_dev == b.st_dev) {
-        GTEST_SKIP() << "no second writable file system";
-    }
+    // Chosen automatically, an item stays on its own file system.
     const QString topTrash = QStringLiteral("/dev/shm/.Trash-") + QString::number(::getuid());
     const bool existed = QFileInfo::exists(topTrash);
-    const QString file = other.filePath(QStringLiteral("auf shm.jpg"));
-    {
-        QFile f(file);
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write("shm");
-    }
-    const auto trashed = files::moveToTrash(file);
+    const QString shm = other->filePath(QStringLiteral("auf shm.jpg"));
+    writeFile(shm, "shm");
+    const auto trashed = files::moveToTrash(shm);
     ASSERT_TRUE(trashed.has_value());
-    const bool inTopTrash = trashed->trashedPath.startsWith(topTrash + QStringLiteral("/files/"));
     const TrashInfo info = parseTrashInfo(trashed->infoPath);
     const QByteArray content = readAll(trashed->trashedPath);
     QFile::remove(trashed->trashedPath);
@@ -235,11 +251,9 @@ TEST_F(Trash, OnAnotherMountTheItemStaysOnItsFileSystem)
         QDir().rmdir(topTrash + QStringLiteral("/info"));
         QDir().rmdir(topTrash);
     }
-
-    EXPECT_TRUE(inTopTrash) << trashed->trashedPath.toStdString();
+    EXPECT_TRUE(trashed->trashedPath.startsWith(topTrash + QStringLiteral("/files/")));
     EXPECT_EQ(content, QByteArray("shm"));
-    EXPECT_EQ(info.path, file.mid(QStringLiteral("/dev/shm/").size()));
-    EXPECT_FALSE(QFileInfo::exists(file));
+    EXPECT_EQ(info.path, shm.mid(QStringLiteral("/dev/shm/").size()));
 }
 
 } // namespace
