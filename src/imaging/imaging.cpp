@@ -117,6 +117,9 @@ int statusFromVipsMessage(const QString &message)
         return AccessDenied;
     if (m.contains(u"not a known"_s) || m.contains(u"unsupported"_s) || m.contains(u"not a jpeg"_s))
         return UnknownImageFormat;
+    if (m.contains(u"maximum supported image dimension"_s) || m.contains(u"image too large"_s)
+        || m.contains(u"too many pixels"_s))
+        return ValueOverflow;
     if (m.contains(u"out of memory"_s) || m.contains(u"cannot allocate"_s)
         || m.contains(u"memory area too large"_s))
         return OutOfMemory;
@@ -171,12 +174,15 @@ vips::VImage openImage(const QString &path, bool failOnTruncation, int shrink)
 int writeFileAtomically(const QString &path, const char *data, qint64 size)
 {
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
+    // Unbuffered, so a failing write (disk full) shows in write()'s count:
+    // with Qt's buffer the failure happens inside commit(), which then still
+    // renames the cut-off file into place.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         const QFileDevice::FileError error = file.error();
         setLast(error == QFileDevice::PermissionsError ? AccessDenied : Win32Error, file.errorString());
         return t_lastStatus;
     }
-    if (file.write(data, size) != size) {
+    if (file.write(data, size) != size || file.error() != QFileDevice::NoError) {
         const QString reason = file.errorString();
         file.cancelWriting();
         setLast(Win32Error, reason);
@@ -379,7 +385,8 @@ bool copyFile(const QString &source, const QString &target)
         return false;
     }
     QSaveFile out(target);
-    if (!out.open(QIODevice::WriteOnly)) {
+    // Unbuffered for the reason given in writeFileAtomically().
+    if (!out.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         detail::setLast(out.error() == QFileDevice::PermissionsError ? AccessDenied : Win32Error,
                         out.errorString());
         return false;
@@ -395,7 +402,7 @@ bool copyFile(const QString &source, const QString &target)
         }
         if (got == 0)
             break;
-        if (out.write(chunk.constData(), got) != got) {
+        if (out.write(chunk.constData(), got) != got || out.error() != QFileDevice::NoError) {
             const QString reason = out.errorString();
             out.cancelWriting();
             detail::setLast(Win32Error, reason);

@@ -199,6 +199,17 @@ vips::VImage resample(vips::VImage image, int width, int height, const DrawModes
     return toUchar(image);
 }
 
+// Stripping metadata also drops the JFIF segment; put a plain one back (no
+// resolution, square pixels) so the file is an ordinary JFIF file that the
+// EXIF copy accepts as a target.
+QByteArray withJfifHeader(const QByteArray &jpeg)
+{
+    static const QByteArray jfif = QByteArray::fromHex("ffe000104a46494600010100000100010000");
+    if (jpeg.size() < 4 || !jpeg.startsWith("\xff\xd8") || static_cast<unsigned char>(jpeg.at(3)) == 0xE0)
+        return jpeg;
+    return jpeg.left(2) + jfif + jpeg.mid(2);
+}
+
 Picture fail(const Failure &failure)
 {
     detail::fail(failure.status, failure.message);
@@ -220,17 +231,44 @@ RgbaImage toRgbaImage(vips::VImage image)
     return result;
 }
 
-vips::VOption *previewOptions(int maxHeight)
+// A preview only has to look right at its size, so JPEGs shrink while
+// decoding as far as the box allows (the kernel then has less than a factor
+// of two left), which is what makes large photos quick to show.
+int previewJpegShrink(double factor)
 {
-    return vips::VImage::option()
-        ->set("height", maxHeight > 0 ? maxHeight : VIPS_MAX_COORD)
-        ->set("size", VIPS_SIZE_DOWN)
-        ->set("no_rotate", true);
+    for (const int shrink : {8, 4, 2}) {
+        if (factor >= shrink)
+            return shrink;
+    }
+    return 1;
 }
 
-int previewWidth(int maxWidth)
+// open(shrink) opens the image lazily, with a JPEG shrink when shrink > 1.
+template <typename Open>
+RgbaImage previewImage(Open open, int maxWidth, int maxHeight)
 {
-    return maxWidth > 0 ? maxWidth : VIPS_MAX_COORD;
+    vips::VImage image = open(1);
+    const int sourceWidth = image.width();
+    const int sourceHeight = image.height();
+    if (qint64(sourceWidth) * sourceHeight > maxImagePixels())
+        return {};
+    double scale = 1.0;
+    if (maxWidth > 0)
+        scale = std::min(scale, double(maxWidth) / sourceWidth);
+    if (maxHeight > 0)
+        scale = std::min(scale, double(maxHeight) / sourceHeight);
+    const int width = std::max(1, int(std::lround(sourceWidth * scale)));
+    const int height = std::max(1, int(std::lround(sourceHeight * scale)));
+    if (qint64(width) * height > kMaxTargetPixels)
+        return {};
+    if (isJpegLoader(image)) {
+        const int shrink = previewJpegShrink(std::min(double(sourceWidth) / width,
+                                                      double(sourceHeight) / height));
+        if (shrink > 1)
+            image = open(shrink);
+    }
+    image = resample(toSrgb8(image), width, height, DrawModes {});
+    return toRgbaImage(image);
 }
 
 } // namespace
@@ -401,8 +439,11 @@ bool saveImage(const Picture &picture, const QString &path, const QString &mimeT
     if (!encoded)
         return detail::fail(failure.status, failure.message);
 
-    const int status = detail::writeFileAtomically(path, static_cast<const char *>(buffer), qint64(size));
+    QByteArray bytes(static_cast<const char *>(buffer), qsizetype(size));
     g_free(buffer);
+    if (jpeg)
+        bytes = withJfifHeader(bytes);
+    const int status = detail::writeFileAtomically(path, bytes.constData(), bytes.size());
     if (status != Ok)
         return detail::fail(status, lastErrorMessage());
     return true;
@@ -422,21 +463,12 @@ RgbaImage loadPreview(const QString &path, int maxWidth, int maxHeight)
 {
     if (!QFileInfo(path).isFile() || !detail::ensureLibrary())
         return {};
-    const QByteArray name = detail::nativePath(path);
     RgbaImage result;
     Failure failure;
-    const bool ok = guarded([&] {
-        result = toRgbaImage(vips::VImage::thumbnail_source(
-            vips::VSource::new_from_file(name.constData()), previewWidth(maxWidth),
-            previewOptions(maxHeight)));
+    guarded([&] {
+        result = previewImage([&](int shrink) { return detail::openImage(path, false, shrink); },
+                              maxWidth, maxHeight);
     }, failure);
-    if (!ok && detail::nameIsSafeForLibrary(name)) {
-        // Formats the library reads only from named files.
-        guarded([&] {
-            result = toRgbaImage(vips::VImage::thumbnail(name.constData(), previewWidth(maxWidth),
-                                                         previewOptions(maxHeight)));
-        }, failure);
-    }
     return result;
 }
 
@@ -446,14 +478,17 @@ RgbaImage loadPreviewFromData(const QByteArray &data, int maxWidth, int maxHeigh
         return {};
     RgbaImage result;
     Failure failure;
-    // The blob borrows data, which outlives it: the pixels are fully decoded
-    // before this returns.
-    VipsBlob *blob = vips_blob_new(nullptr, data.constData(), size_t(data.size()));
+    // The image borrows data, which outlives it: the pixels are fully
+    // decoded before this returns.
     guarded([&] {
-        result = toRgbaImage(vips::VImage::thumbnail_buffer(blob, previewWidth(maxWidth),
-                                                            previewOptions(maxHeight)));
+        auto open = [&](int shrink) {
+            vips::VOption *options = vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL);
+            if (shrink > 1)
+                options->set("shrink", shrink);
+            return vips::VImage::new_from_buffer(data.constData(), size_t(data.size()), "", options);
+        };
+        result = previewImage(open, maxWidth, maxHeight);
     }, failure);
-    vips_area_unref(VIPS_AREA(blob));
     return result;
 }
 

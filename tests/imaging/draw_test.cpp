@@ -229,29 +229,6 @@ TEST_F(DrawTest, DeepAndGreyImagesComeOutAsEightBitRgb)
     EXPECT_TRUE(imagesClose(drawn, expected, 1, 0.1));
 }
 
-TEST_F(DrawTest, TransparencyIsKeptInThePicture)
-{
-    const QString ppm = m_sandbox.filePath(u"red.ppm"_s);
-    writePnm(ppm, solidImage(40, 40, 255, 0, 0));
-    PixelBuffer alpha {QByteArray(40 * 40, '\0'), 40, 40, 1};
-    for (int i = 0; i < 40 * 20; ++i)
-        alpha.bytes[i] = char(255); // top half opaque, bottom half clear
-    const QString pgm = m_sandbox.filePath(u"alpha.pgm"_s);
-    writePnm(pgm, alpha);
-    const QString png = m_sandbox.filePath(u"rgba.png"_s);
-    ASSERT_TRUE(runTool(u"vips"_s, {u"bandjoin"_s, ppm + u" "_s + pgm, png}));
-
-    const imaging::Picture picture = imaging::drawFile(png, 20, 20);
-    ASSERT_TRUE(picture.hasAlpha());
-    const PixelBuffer pixels = pixelsOf(picture);
-    auto at = [&](int x, int y, int c) { return int(static_cast<unsigned char>(pixels.bytes[(y * 20 + x) * 4 + c])); };
-    EXPECT_EQ(at(10, 2, 3), 255);
-    EXPECT_EQ(at(10, 18, 3), 0);
-    // Premultiplied resampling: the edge keeps its colour, no dark fringe.
-    EXPECT_GE(at(10, 10, 0), 250);
-    EXPECT_EQ(at(10, 10, 1), 0);
-}
-
 TEST_F(DrawTest, FailuresGiveANullPictureAndAStatus)
 {
     const QString path = writeWithVips(m_sandbox.filePath(u"ok.png"_s), gradientImage(20, 20));
