@@ -7,7 +7,7 @@
 # Environment:
 #   VALTRONA_CLI  the program to time (default: build/src/cli/valtrona-cli)
 #   BENCH_DIR     corpus and outputs (default: $TMPDIR/valtrona-bench)
-#   REPEAT        timed rounds per tool; the median round counts (default 3)
+#   REPEAT        timed rounds per tool, taking turns; the median counts (default 3)
 #   COPIES        how often each corpus photo is in the batch (default 3)
 #   SKIP_MAGICK   set to 1 to leave ImageMagick out (it is the slow one)
 #
@@ -66,19 +66,22 @@ run_magick() {
     done
 }
 
-# measure NAME FUNCTION: REPEAT rounds; prints "wall cpu peakKiB" of the
-# median round (by wall time) and keeps the last round's output in $work/out-NAME.
-measure() {
-    local name=$1 fn=$2 out="$work/out-$1" stats="$work/time-$1" r
-    : > "$stats.all"
-    for ((r = 1; r <= repeat; r++)); do
-        rm -rf "$out"
-        mkdir -p "$out"
-        sync
-        "$gnutime" -f '%e %U %S %M' -o "$stats" bash -c "$(declare -f "$fn"); $(declare -p files cli settings magick); $fn '$out'"
-        tail -n 1 "$stats" >> "$stats.all"
-    done
-    sort -n "$stats.all" | awk -v n="$repeat" 'NR == int((n + 1) / 2) { printf "%s %.2f %s\n", $1, $2 + $3, $4 }'
+# round NAME: one timed run of run_NAME; appends "wall user sys peakKiB" to
+# $work/time-NAME.all and leaves its output in $work/out-NAME.
+round() {
+    local name=$1 out="$work/out-$1" stats="$work/time-$1"
+    rm -rf "$out"
+    mkdir -p "$out"
+    sync
+    "$gnutime" -f '%e %U %S %M' -o "$stats" \
+        bash -c "$(declare -f "run_$name"); $(declare -p files cli settings magick); run_$name '$out'"
+    tail -n 1 "$stats" >> "$stats.all"
+}
+
+# median NAME: "wall cpu peakKiB" of the median round by wall time.
+median() {
+    sort -n "$work/time-$1.all" |
+        awk -v n="$repeat" 'NR == int((n + 1) / 2) { printf "%s %.2f %s\n", $1, $2 + $3, $4 }'
 }
 
 echo "Corpus: $count photos (${copies}x $(ls "$work/corpus" | wc -l) distinct, about $megapixels MP each)," \
@@ -89,8 +92,14 @@ echo
 declare -A wall cpu peak
 tools=(vipsthumbnail valtrona valtrona_one)
 [ "${SKIP_MAGICK:-0}" != 1 ] && tools+=(magick)
+# Rounds take turns between the tools, so a change in the machine's load
+# falls on all of them alike.
+for tool in "${tools[@]}"; do : > "$work/time-$tool.all"; done
+for ((r = 1; r <= repeat; r++)); do
+    for tool in "${tools[@]}"; do round "$tool"; done
+done
 for tool in "${tools[@]}"; do
-    read -r w c m < <(measure "$tool" "run_$tool")
+    read -r w c m < <(median "$tool")
     wall[$tool]=$w; cpu[$tool]=$c; peak[$tool]=$m
 done
 
