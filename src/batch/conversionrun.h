@@ -44,7 +44,12 @@ using DrawingSettingsReader = std::function<DrawingSettings()>;
 /// With one job the run is strictly sequential on the calling thread. With
 /// more jobs files are converted on worker threads; the rows still reach the
 /// host grouped per file in list order, exactly as the sequential run writes
-/// them, and the imaging library is restarted at the same points.
+/// them, and the imaging library is restarted at the same points. The host
+/// is only ever called on the calling thread, which yields to it at least
+/// every 40 ms while it waits; the per-file inputs and drawing settings are
+/// read when a file is handed to a worker, up to twice the job count ahead
+/// of the file whose rows are written, and the stop flag is honoured at the
+/// first file no worker has started yet.
 class ConversionRun
 {
 public:
