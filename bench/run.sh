@@ -10,6 +10,8 @@
 #   REPEAT        timed rounds per tool, taking turns; the median counts (default 3)
 #   COPIES        how often each corpus photo is in the batch (default 3)
 #   SKIP_MAGICK   set to 1 to leave ImageMagick out (it is the slow one)
+#   BENCH_NICE    niceness for the timed runs, e.g. -10 on a machine shared
+#                 with builds (needs root; default: unchanged)
 #
 # Needs libvips-tools, imagemagick and time (GNU time for peak memory).
 set -euo pipefail
@@ -73,7 +75,7 @@ round() {
     rm -rf "$out"
     mkdir -p "$out"
     sync
-    "$gnutime" -f '%e %U %S %M' -o "$stats" \
+    ${BENCH_NICE:+nice -n "$BENCH_NICE"} "$gnutime" -f '%e %U %S %M' -o "$stats" \
         bash -c "$(declare -f "run_$name"); $(declare -p files cli settings magick); run_$name '$out'"
     tail -n 1 "$stats" >> "$stats.all"
 }
