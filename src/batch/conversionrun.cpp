@@ -139,6 +139,11 @@ int ConversionRun::jobs() const
     return m_jobs;
 }
 
+void ConversionRun::setConvertInBackground(bool background)
+{
+    m_background = background;
+}
+
 RunSummary ConversionRun::run(const RunParameters &parameters)
 {
     RunSummary summary;
@@ -149,7 +154,7 @@ RunSummary ConversionRun::run(const RunParameters &parameters)
     addRow(runtext::startRow(summary.count), StatusKind::Info);
 
     const QString commonBase = commonBaseDirectory(parameters.sources);
-    if (m_jobs > 1 && summary.count > 1)
+    if ((m_jobs > 1 && summary.count > 1) || (m_background && summary.count > 0))
         runParallel(parameters, commonBase, summary);
     else
         runSequential(parameters, commonBase, summary);

@@ -59,6 +59,12 @@ public:
     void setJobs(int jobs);
     int jobs() const;
 
+    /// Converts on a worker thread even with one job, so that the host's
+    /// yield() keeps running (every 40 ms) while a large file is worked on.
+    /// Files are still done one after the other. Default off: the run's
+    /// thread converts each file itself, between its yields.
+    void setConvertInBackground(bool background);
+
     /// Runs over `parameters.sources`; returns when all files are done or the host asked to stop.
     RunSummary run(const RunParameters &parameters);
 
@@ -83,6 +89,7 @@ private:
     ConversionImaging &m_imaging;
     DrawingSettingsReader m_drawingSettings;
     int m_jobs = 1;
+    bool m_background = false;
 };
 
 /// The row texts a run writes, for hosts and tests that look for them.
