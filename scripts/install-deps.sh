@@ -10,6 +10,7 @@ packages=(
   build-essential cmake ninja-build pkg-config ccache
   clang libclang-rt-14-dev
   qt6-base-dev qt6-base-dev-tools qt6-translations-l10n qt6-l10n-tools
+  qt6-image-formats-plugins
   libgl-dev
   libvips-dev libvips-tools libglib2.0-dev
   libgtest-dev libgmock-dev

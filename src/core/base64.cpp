@@ -1,9 +1,10 @@
 #include "core/base64.h"
 
+#include "core/numeric.h"
+
 #include <QElapsedTimer>
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
 namespace valtrona {
@@ -32,12 +33,6 @@ constexpr CodingTable codingTables[Base64Encoding::TableCount] = {
 
 constexpr unsigned char NotInAlphabet = 255;
 constexpr unsigned char PaddingValue = 64;
-
-// Halves go to the even neighbour.
-qint64 roundHalfEven(double value)
-{
-    return static_cast<qint64>(std::nearbyint(value));
-}
 
 int percentOf(qint64 done, qint64 total)
 {
@@ -94,7 +89,7 @@ QByteArray Base64Encoding::encodeB64(const QByteArray &input)
     if (n == 0)
         return {};
 
-    const qint64 step = roundHalfEven(double(n) / 300.0);
+    const auto step = static_cast<qint64>(roundHalfEven(double(n) / 300.0));
     const qint64 outLength = n % 3 != 0 ? ((n + 3 - n % 3) / 3) * 4 : (n / 3) * 4;
     QByteArray out(outLength, Qt::Uninitialized);
     Q_EMIT progress(0);
@@ -193,7 +188,7 @@ QByteArray Base64Encoding::span(int lineLength, const QByteArray &input)
     if (lineLength < 1 || n == 0)
         return input;
     const qint64 length = lineLength;
-    const qint64 breaks = roundHalfEven(double(n + n % length) / double(length));
+    const auto breaks = static_cast<qint64>(roundHalfEven(double(n + n % length) / double(length)));
     const qint64 outLength = n + 2 * breaks;
 
     QByteArray out;

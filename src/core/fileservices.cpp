@@ -264,12 +264,42 @@ qsizetype readFileText(const QString &path, QString &text)
 
 bool writeFileText(const QString &path, const QString &text)
 {
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly)) {
-        file.write(text.toUtf8());
-        file.commit();
-    }
+    writeFileAtomically(path, text.toUtf8());
     return fileExists(path);
+}
+
+namespace {
+
+FileError saveFileError(const QSaveFile &file, FileError::Code code, const QString &path)
+{
+    FileError error = fileError(code, file.errorString() + QStringLiteral(": ") + path);
+    error.accessDenied = file.error() == QFileDevice::PermissionsError;
+    return error;
+}
+
+// Opened unbuffered: with Qt's write buffer a failing write (disk full)
+// happens inside commit(), which then still renames the cut-off file into
+// place. Unbuffered, write() reports it and the temporary file is dropped.
+bool openForAtomicWrite(QSaveFile &file)
+{
+    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+}
+
+} // namespace
+
+Expected<void, FileError> writeFileAtomically(const QString &path, QByteArrayView bytes)
+{
+    QSaveFile file(path);
+    if (!openForAtomicWrite(file))
+        return unexpected(saveFileError(file, FileError::Code::OpenFailed, path));
+    if (file.write(bytes.data(), bytes.size()) != bytes.size() || file.error() != QFileDevice::NoError) {
+        const FileError error = saveFileError(file, FileError::Code::WriteFailed, path);
+        file.cancelWriting();
+        return unexpected(error);
+    }
+    if (!file.commit())
+        return unexpected(saveFileError(file, FileError::Code::CommitFailed, path));
+    return {};
 }
 
 Expected<void, FileError> copyFileAtomically(const QString &source, const QString &target)
@@ -294,8 +324,8 @@ Expected<void, FileError> copyFileAtomically(const QString &source, const QStrin
         return unexpected(fileError(FileError::Code::OpenFailed, in.errorString() + QStringLiteral(": ") + source));
 
     QSaveFile out(target);
-    if (!out.open(QIODevice::WriteOnly))
-        return unexpected(fileError(FileError::Code::OpenFailed, out.errorString() + QStringLiteral(": ") + target));
+    if (!openForAtomicWrite(out))
+        return unexpected(saveFileError(out, FileError::Code::OpenFailed, target));
 
     constexpr qint64 chunkSize = qint64(1) << 20;
     QByteArray buffer(chunkSize, Qt::Uninitialized);
@@ -307,14 +337,14 @@ Expected<void, FileError> copyFileAtomically(const QString &source, const QStrin
         }
         if (got == 0)
             break;
-        if (out.write(buffer.constData(), got) != got) {
-            const QString why = out.errorString();
+        if (out.write(buffer.constData(), got) != got || out.error() != QFileDevice::NoError) {
+            const FileError error = saveFileError(out, FileError::Code::WriteFailed, target);
             out.cancelWriting();
-            return unexpected(fileError(FileError::Code::WriteFailed, why + QStringLiteral(": ") + target));
+            return unexpected(error);
         }
     }
     if (!out.commit())
-        return unexpected(fileError(FileError::Code::CommitFailed, out.errorString() + QStringLiteral(": ") + target));
+        return unexpected(saveFileError(out, FileError::Code::CommitFailed, target));
     return {};
 }
 

@@ -45,6 +45,7 @@ struct FileError
     };
     Code code = Code::NotFound;
     QString message;
+    bool accessDenied = false; ///< the system refused access (permissions)
 };
 
 // ---- Path text (no file-system access) ------------------------------------
@@ -115,6 +116,12 @@ qsizetype readFileText(const QString &path, QString &text);
 /// Replaces the file's content with `text` (UTF-8) through a temporary file
 /// and rename; returns fileExists(path) afterwards.
 bool writeFileText(const QString &path, const QString &text);
+
+/// Writes `bytes` to a temporary file beside `path` and renames it into
+/// place, so `path` holds either its old content or all of the new one.
+/// Every write is checked, so a full disk fails the call and leaves the old
+/// file as it was.
+Expected<void, FileError> writeFileAtomically(const QString &path, QByteArrayView bytes);
 
 /// Copies `source` to `target` byte for byte: streamed in chunks into a
 /// temporary file beside the target, renamed into place on success, so the

@@ -1,9 +1,10 @@
 #include "core/inifile.h"
 
+#include "core/fileservices.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QLockFile>
-#include <QSaveFile>
 #include <QStringDecoder>
 #include <QStringEncoder>
 
@@ -274,18 +275,6 @@ FileBytes readFile(const QString &path)
     return {FileState::Read, bytes};
 }
 
-bool writeFileAtomically(const QString &path, const QByteArray &bytes)
-{
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    if (file.write(bytes) != bytes.size()) {
-        file.cancelWriting();
-        return false;
-    }
-    return file.commit();
-}
-
 // Serialises read-modify-write cycles of several copies of the program, so
 // that each one's keys survive ("last writer wins per key"). When the lock
 // cannot be had (read-only directory, a copy hanging on it) the work goes on
@@ -506,7 +495,7 @@ bool editIniFile(const QString &file, const std::function<bool(IniDocument &)> &
         return false;
     if (document.bytes() == current.bytes)
         return true; // nothing to write; a missing file is not created empty
-    return writeFileAtomically(file, document.bytes());
+    return files::writeFileAtomically(file, document.bytes()).has_value();
 }
 
 qint32 readIniInt(const QString &file, const QString &section, const QString &key,
@@ -665,7 +654,7 @@ bool tidyIniFile(const QString &file)
     const QByteArray tidied = tidiedIniText(current.bytes);
     if (trimmedControl(tidied) == trimmedControl(current.bytes))
         return false;
-    return writeFileAtomically(file, tidied);
+    return files::writeFileAtomically(file, tidied).has_value();
 }
 
 } // namespace valtrona

@@ -1,9 +1,10 @@
 #include "imaging/imaging.h"
 #include "imaging/imaging_p.h"
 
+#include "core/fileservices.h"
+
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <atomic>
 #include <cstdio>
@@ -173,24 +174,9 @@ vips::VImage openImage(const QString &path, bool failOnTruncation, int shrink)
 
 int writeFileAtomically(const QString &path, const char *data, qint64 size)
 {
-    QSaveFile file(path);
-    // Unbuffered, so a failing write (disk full) shows in write()'s count:
-    // with Qt's buffer the failure happens inside commit(), which then still
-    // renames the cut-off file into place.
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-        const QFileDevice::FileError error = file.error();
-        setLast(error == QFileDevice::PermissionsError ? AccessDenied : Win32Error, file.errorString());
-        return t_lastStatus;
-    }
-    if (file.write(data, size) != size || file.error() != QFileDevice::NoError) {
-        const QString reason = file.errorString();
-        file.cancelWriting();
-        setLast(Win32Error, reason);
-        return t_lastStatus;
-    }
-    if (!file.commit()) {
-        setLast(file.error() == QFileDevice::PermissionsError ? AccessDenied : Win32Error,
-                file.errorString());
+    const auto written = files::writeFileAtomically(path, QByteArrayView(data, size));
+    if (!written) {
+        setLast(written.error().accessDenied ? AccessDenied : Win32Error, written.error().message);
         return t_lastStatus;
     }
     setLast(Ok);
@@ -367,50 +353,13 @@ QString findEncoder(const QString &mimeType)
 
 bool copyFile(const QString &source, const QString &target)
 {
-    const QFileInfo sourceInfo(source);
-    if (!sourceInfo.isFile()) {
-        detail::setLast(FileNotFound);
-        return false;
-    }
-    const QFileInfo targetInfo(target);
-    if (targetInfo.exists()
-        && sourceInfo.canonicalFilePath() == targetInfo.canonicalFilePath()) {
-        detail::setLast(Ok);
-        return true;
-    }
-    QFile in(source);
-    if (!in.open(QIODevice::ReadOnly)) {
-        detail::setLast(in.error() == QFileDevice::PermissionsError ? AccessDenied : Win32Error,
-                        in.errorString());
-        return false;
-    }
-    QSaveFile out(target);
-    // Unbuffered for the reason given in writeFileAtomically().
-    if (!out.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-        detail::setLast(out.error() == QFileDevice::PermissionsError ? AccessDenied : Win32Error,
-                        out.errorString());
-        return false;
-    }
-    QByteArray chunk;
-    chunk.resize(1 << 20);
-    for (;;) {
-        const qint64 got = in.read(chunk.data(), chunk.size());
-        if (got < 0) {
-            out.cancelWriting();
-            detail::setLast(Win32Error, in.errorString());
-            return false;
-        }
-        if (got == 0)
-            break;
-        if (out.write(chunk.constData(), got) != got || out.error() != QFileDevice::NoError) {
-            const QString reason = out.errorString();
-            out.cancelWriting();
-            detail::setLast(Win32Error, reason);
-            return false;
-        }
-    }
-    if (!out.commit()) {
-        detail::setLast(Win32Error, out.errorString());
+    const auto copied = files::copyFileAtomically(source, target);
+    if (!copied) {
+        const files::FileError &error = copied.error();
+        const int status = error.code == files::FileError::Code::NotFound ? FileNotFound
+                           : error.accessDenied                    ? AccessDenied
+                                                                   : Win32Error;
+        detail::setLast(status, error.message);
         return false;
     }
     detail::setLast(Ok);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <new>
 
 #include <vips/vips8>
 
@@ -79,6 +80,10 @@ bool guarded(F &&body, Failure &failure)
     } catch (const vips::VError &) {
         failure.message = detail::takeVipsError();
         failure.status = detail::statusFromVipsMessage(failure.message);
+        return false;
+    } catch (const std::bad_alloc &) {
+        failure.message.clear();
+        failure.status = OutOfMemory;
         return false;
     }
 }

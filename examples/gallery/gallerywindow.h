@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QList>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTimer>
+
+class QLabel;
+
+namespace valtrona {
+
+class VxActCtrl;
+class VxCont;
+class VxPict;
+
+/// The gallery: one page per kind of control, each showing its variants.
+class GalleryWindow : public QTabWidget
+{
+    Q_OBJECT
+
+public:
+    explicit GalleryWindow(QWidget *parent = nullptr);
+
+    /// Saves every page as `<prefix>-<n>.png`, each card of the card page as
+    /// `<prefix>-<n>-<card>.png`; false when one could not be written.
+    bool saveScreenshots(const QString &prefix);
+
+private:
+    QWidget *createBorderPage();
+    QWidget *createFloodPage();
+    QWidget *createPicturePage();
+    QWidget *createCardPage();
+    void advanceFlood();
+
+    QTemporaryDir m_pictures;
+    QList<VxCont *> m_runningFloods;
+    VxActCtrl *m_switcher = nullptr;
+    QWidget *m_cardPage = nullptr;
+    VxCont *m_timedFlood = nullptr;
+    QLabel *m_timeLabel = nullptr;
+    QTimer m_floodTimer;
+    int m_step = 0;
+};
+
+} // namespace valtrona

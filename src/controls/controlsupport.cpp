@@ -1,0 +1,269 @@
+#include "controls/controlsupport.h"
+
+#include <cmath>
+
+#include <QGuiApplication>
+#include <QHash>
+#include <QMessageBox>
+#include <QPalette>
+#include <QScreen>
+#include <QVariant>
+#include <QWidget>
+
+using namespace Qt::StringLiterals;
+
+namespace valtrona {
+
+namespace {
+
+constexpr double twipsPerInch = 1440.0;
+constexpr double referenceDpi = 96.0;
+
+double dpiX(const QWidget *widget)
+{
+    if (widget)
+        return widget->logicalDpiX();
+    if (const QScreen *screen = QGuiApplication::primaryScreen())
+        return screen->logicalDotsPerInchX();
+    return referenceDpi;
+}
+
+double dpiY(const QWidget *widget)
+{
+    if (widget)
+        return widget->logicalDpiY();
+    if (const QScreen *screen = QGuiApplication::primaryScreen())
+        return screen->logicalDotsPerInchY();
+    return referenceDpi;
+}
+
+QString germanText(ControlText id)
+{
+    switch (id) {
+    case ControlText::AllFiles:
+        return u"Alle Dateien"_s;
+    case ControlText::OpenCaption:
+        return u"Datei öffnen :"_s;
+    case ControlText::SaveCaption:
+        return u"Datei speichern :"_s;
+    case ControlText::PathCaption:
+        return u"Wählen Sie ein Verzeichnis :"_s;
+    case ControlText::NotAtDesignTime:
+        return u"Zur Entwurfszeit nicht gültig !"_s;
+    case ControlText::ControlFallback:
+        return u"Steuerelement "_s;
+    case ControlText::ChooserCaption:
+        return u"Steuerelement wählen"_s;
+    }
+    return {};
+}
+
+QHash<int, QString> &replacedTexts()
+{
+    static QHash<int, QString> texts;
+    return texts;
+}
+
+ControlMessageHandler &messageHandler()
+{
+    static ControlMessageHandler handler;
+    return handler;
+}
+
+// Windows system colour indexes 0..30 mapped to the nearest palette entry.
+QColor systemColor(int index, const QPalette &palette)
+{
+    switch (index) {
+    case 0:  // scroll bar
+    case 15: // button face
+    case 22: // 3D light
+        return palette.color(QPalette::Button);
+    case 1:  // desktop
+    case 12: // application workspace
+        return palette.color(QPalette::Dark);
+    case 2:  // active caption
+    case 13: // highlight
+    case 26: // hot-tracked item
+    case 27: // active caption gradient
+        return palette.color(QPalette::Highlight);
+    case 3:  // inactive caption
+    case 10: // active border
+    case 11: // inactive border
+    case 28: // inactive caption gradient
+        return palette.color(QPalette::Mid);
+    case 4: // menu
+    case 30: // menu bar
+        return palette.color(QPalette::Window);
+    case 5: // window background
+        return palette.color(QPalette::Base);
+    case 6:  // window frame
+    case 21: // 3D dark shadow
+        return palette.color(QPalette::Shadow);
+    case 7: // menu text
+    case 9: // caption text
+        return palette.color(QPalette::WindowText);
+    case 8: // window text
+        return palette.color(QPalette::Text);
+    case 14: // highlighted text
+        return palette.color(QPalette::HighlightedText);
+    case 16: // button shadow
+        return palette.color(QPalette::Dark);
+    case 17: // grey text
+    case 19: // inactive caption text
+        return palette.color(QPalette::Disabled, QPalette::Text);
+    case 18: // button text
+        return palette.color(QPalette::ButtonText);
+    case 20: // 3D highlight
+        return palette.color(QPalette::Light);
+    case 23: // tooltip text
+        return palette.color(QPalette::ToolTipText);
+    case 24: // tooltip background
+        return palette.color(QPalette::ToolTipBase);
+    case 29: // menu highlight
+        return palette.color(QPalette::Highlight);
+    default:
+        return palette.color(QPalette::Window);
+    }
+}
+
+} // namespace
+
+int roundHalfEven(double value)
+{
+    // nearbyint follows the current rounding mode, which is to-nearest-even.
+    return static_cast<int>(std::nearbyint(value));
+}
+
+int twipsToPixelsX(int twips, const QWidget *widget)
+{
+    return roundHalfEven(twips * dpiX(widget) / twipsPerInch);
+}
+
+int twipsToPixelsY(int twips, const QWidget *widget)
+{
+    return roundHalfEven(twips * dpiY(widget) / twipsPerInch);
+}
+
+int pixelsToTwipsX(int pixels, const QWidget *widget)
+{
+    return roundHalfEven(pixels * twipsPerInch / dpiX(widget));
+}
+
+int pixelsToTwipsY(int pixels, const QWidget *widget)
+{
+    return roundHalfEven(pixels * twipsPerInch / dpiY(widget));
+}
+
+int scaledPixels(int pixels, const QWidget *widget)
+{
+    return roundHalfEven(pixels * dpiX(widget) / referenceDpi);
+}
+
+QColor colorFromValue(quint32 value, const QPalette &palette)
+{
+    if (value & 0x80000000u)
+        return systemColor(static_cast<int>(value & 0xFFFFu), palette);
+    return QColor(static_cast<int>(value & 0xFFu), static_cast<int>((value >> 8) & 0xFFu),
+                  static_cast<int>((value >> 16) & 0xFFu));
+}
+
+void setControlArrayIndex(QObject *object, int index)
+{
+    if (object)
+        object->setProperty("Index", index);
+}
+
+int controlArrayIndex(const QObject *object)
+{
+    if (!object)
+        return -1;
+    const QVariant index = object->property("Index");
+    bool ok = false;
+    const int value = index.toInt(&ok);
+    return index.isValid() && ok ? value : -1;
+}
+
+QString controlText(ControlText id)
+{
+    const QString replaced = replacedTexts().value(static_cast<int>(id));
+    return replaced.isEmpty() ? germanText(id) : replaced;
+}
+
+void setControlText(ControlText id, const QString &text)
+{
+    if (text.isEmpty())
+        replacedTexts().remove(static_cast<int>(id));
+    else
+        replacedTexts().insert(static_cast<int>(id), text);
+}
+
+void showControlMessage(QWidget *parent, const QString &text)
+{
+    if (messageHandler()) {
+        messageHandler()(parent, text);
+        return;
+    }
+    const QString title = parent ? parent->window()->windowTitle() : QString();
+    QMessageBox::warning(parent, title, text);
+}
+
+ControlMessageHandler setControlMessageHandler(ControlMessageHandler handler)
+{
+    ControlMessageHandler previous = std::move(messageHandler());
+    messageHandler() = std::move(handler);
+    return previous;
+}
+
+ControlHooks::~ControlHooks() = default;
+
+QList<QPair<QString, LngPropertyType>> ControlHooks::lngProperties() const
+{
+    return {};
+}
+
+QList<QPair<QString, QString>> ControlHooks::ctlEnumAllCaptionsInUCtl() const
+{
+    QList<QPair<QString, QString>> captions;
+    if (useLanguage() == 0)
+        return captions;
+    const QObject *object = hooksObject();
+    const auto properties = lngProperties();
+    for (const auto &entry : properties)
+        captions.append({entry.first, object->property(entry.first.toLatin1().constData()).toString()});
+    return captions;
+}
+
+bool ControlHooks::ctlSetUserControlLanguage(const QString &property, const QString &text)
+{
+    if (ctlGetLngPropertyType(property) == LngPropertyType::None)
+        return false;
+    return hooksObject()->setProperty(property.toLatin1().constData(), text);
+}
+
+LngPropertyType ControlHooks::ctlGetLngPropertyType(const QString &property) const
+{
+    const auto properties = lngProperties();
+    for (const auto &entry : properties) {
+        if (entry.first == property)
+            return entry.second;
+    }
+    return LngPropertyType::None;
+}
+
+int terminateControls(QWidget *window)
+{
+    if (!window)
+        return 0;
+    int count = 0;
+    QList<QWidget *> widgets = window->findChildren<QWidget *>();
+    widgets.prepend(window);
+    for (QWidget *widget : std::as_const(widgets)) {
+        if (auto *hooks = dynamic_cast<ControlHooks *>(widget)) {
+            hooks->terminateControl();
+            ++count;
+        }
+    }
+    return count;
+}
+
+} // namespace valtrona
