@@ -17,6 +17,7 @@ packages=(
   libimage-exiftool-perl
   xvfb xauth x11-apps imagemagick
   fonts-dejavu-core
+  time
 )
 
 export DEBIAN_FRONTEND=noninteractive

@@ -106,11 +106,8 @@ int runPercent(int index, int count)
 // Everything one file needs, gathered on the run's thread before its work.
 struct ConversionRun::FileTask
 {
-    int index = 0;
-    int count = 0;
     QString source;
     QString target;
-    QString targetDirectory; ///< the run's target directory, for the inside check
     QDateTime sourceDate;    ///< valid only when the date is kept
     bool keepDate = false;
     bool copyExif = false;
@@ -139,6 +136,11 @@ int ConversionRun::jobs() const
     return m_jobs;
 }
 
+void ConversionRun::setConvertInBackground(bool background)
+{
+    m_background = background;
+}
+
 RunSummary ConversionRun::run(const RunParameters &parameters)
 {
     RunSummary summary;
@@ -149,7 +151,7 @@ RunSummary ConversionRun::run(const RunParameters &parameters)
     addRow(runtext::startRow(summary.count), StatusKind::Info);
 
     const QString commonBase = commonBaseDirectory(parameters.sources);
-    if (m_jobs > 1 && summary.count > 1)
+    if ((m_jobs > 1 && summary.count > 1) || (m_background && summary.count > 0))
         runParallel(parameters, commonBase, summary);
     else
         runSequential(parameters, commonBase, summary);
@@ -189,6 +191,8 @@ void ConversionRun::runSequential(const RunParameters &parameters, const QString
 
         task.inputs = m_host.fileInputs();
         const RowSink toHost = [this](const StatusRow &row) { m_host.addStatusRow(row); };
+        // The EXIF block is taken before the conversion: when a source is its
+        // own target, the conversion has replaced it by then.
         std::optional<QByteArray> exif;
         if (task.copyExif)
             exif = m_imaging.readExif(task.source);
@@ -204,10 +208,7 @@ ConversionRun::FileTask ConversionRun::prepareFile(const RunParameters &paramete
                                                    const QString &commonBase, int index) const
 {
     FileTask task;
-    task.index = index;
-    task.count = static_cast<int>(parameters.sources.size());
     task.source = parameters.sources.at(index - 1);
-    task.targetDirectory = parameters.targetDirectory;
     const QString target = composeTargetPath(parameters.targetDirectory, commonBase, task.source,
                                              parameters.keepDirectoryStructure,
                                              parameters.formatCode);

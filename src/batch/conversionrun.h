@@ -44,7 +44,12 @@ using DrawingSettingsReader = std::function<DrawingSettings()>;
 /// With one job the run is strictly sequential on the calling thread. With
 /// more jobs files are converted on worker threads; the rows still reach the
 /// host grouped per file in list order, exactly as the sequential run writes
-/// them, and the imaging library is restarted at the same points.
+/// them, and the imaging library is restarted at the same points. The host
+/// is only ever called on the calling thread, which yields to it at least
+/// every 40 ms while it waits; the per-file inputs and drawing settings are
+/// read when a file is handed to a worker, up to twice the job count ahead
+/// of the file whose rows are written, and the stop flag is honoured at the
+/// first file no worker has started yet.
 class ConversionRun
 {
 public:
@@ -53,6 +58,12 @@ public:
     /// Number of files converted at once (default 1); values below 1 count as 1.
     void setJobs(int jobs);
     int jobs() const;
+
+    /// Converts on a worker thread even with one job, so that the host's
+    /// yield() keeps running (every 40 ms) while a large file is worked on.
+    /// Files are still done one after the other. Default off: the run's
+    /// thread converts each file itself, between its yields.
+    void setConvertInBackground(bool background);
 
     /// Runs over `parameters.sources`; returns when all files are done or the host asked to stop.
     RunSummary run(const RunParameters &parameters);
@@ -78,6 +89,7 @@ private:
     ConversionImaging &m_imaging;
     DrawingSettingsReader m_drawingSettings;
     int m_jobs = 1;
+    bool m_background = false;
 };
 
 /// The row texts a run writes, for hosts and tests that look for them.

@@ -28,10 +28,11 @@ void writeLine(std::FILE *stream, const QString &line)
 
 } // namespace
 
-Terminal::Terminal(std::FILE *out, std::FILE *err, bool progressEnabled)
+Terminal::Terminal(std::FILE *out, std::FILE *err, bool progressEnabled, bool rowsOnTerminal)
     : m_out(out)
     , m_err(err)
     , m_enabled(progressEnabled)
+    , m_rowsOnTerminal(rowsOnTerminal)
 {
     m_clock.start();
 }
@@ -53,6 +54,10 @@ QString Terminal::progressLine(int index, int count, qint64 elapsedMs)
 void Terminal::writeRow(const QString &line)
 {
     std::lock_guard guard(m_mutex);
+    if (!m_rowsOnTerminal) {
+        writeLine(m_out, line);
+        return;
+    }
     clearLocked();
     writeLine(m_out, line);
     drawLocked();

@@ -21,7 +21,9 @@ class Terminal
 {
 public:
     /// `progressEnabled`: draw the progress line (standard error is a terminal).
-    Terminal(std::FILE *out, std::FILE *err, bool progressEnabled);
+    /// `rowsOnTerminal`: standard output shows on that terminal too, so rows
+    /// must not be written into the progress line.
+    Terminal(std::FILE *out, std::FILE *err, bool progressEnabled, bool rowsOnTerminal);
 
     /// Writes one line to standard output, keeping the progress line below it.
     void writeRow(const QString &line);
@@ -46,6 +48,7 @@ private:
     std::FILE *m_out;
     std::FILE *m_err;
     bool m_enabled;
+    bool m_rowsOnTerminal;
     bool m_drawn = false;
     int m_index = 0;
     int m_count = 0;

@@ -24,6 +24,10 @@
 
 #include <unistd.h>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 using namespace Qt::StringLiterals;
 using namespace valtrona;
 
@@ -115,8 +119,14 @@ int main(int argc, char **argv)
     const int jobs = options.jobs.value_or(cores);
     // Several files at once share the cores; one file gets them all.
     imaging::setConcurrency(jobs > 1 ? std::max(1, cores / jobs) : 0);
+#if defined(__GLIBC__)
+    // Every thread that allocates would get a malloc arena of its own, each
+    // keeping freed pixel buffers; a few shared arenas keep the peak down
+    // (about a quarter less here) at no measurable cost in speed.
+    mallopt(M_ARENA_MAX, std::clamp(jobs, 1, 4));
+#endif
 
-    cli::Terminal terminal(stdout, stderr, isatty(STDERR_FILENO) == 1);
+    cli::Terminal terminal(stdout, stderr, isatty(STDERR_FILENO) == 1, isatty(STDOUT_FILENO) == 1);
     imaging::setReporter([&terminal](const QString &title, const QString &text) {
         terminal.writeMessage(title % u": "_s % text);
     });

@@ -113,11 +113,12 @@ protected:
         return p;
     }
 
-    RunSummary run(const RunParameters &p, int jobs = 1)
+    RunSummary run(const RunParameters &p, int jobs = 1, bool background = false)
     {
         ObservedImaging imaging(host.events);
         ConversionRun conversion(host, imaging, [] { return DrawingSettings(); });
         conversion.setJobs(jobs);
+        conversion.setConvertInBackground(background);
         return conversion.run(p);
     }
 
@@ -283,6 +284,9 @@ TEST_F(ConversionRunTest, ParallelRunWritesWhatTheSequentialRunWrites)
     const RunSummary sequential = run(parameters(sources, u"one"_s), 1);
     const QStringList sequentialRows = host.rowLines();
     const QList<int> sequentialRestarts = restartPoints(host.events);
+    host = RecordingHost();
+    run(parameters(sources, u"background"_s), 1, true);
+    EXPECT_EQ(host.rowLines(), sequentialRows) << "one job on a worker thread";
     host = RecordingHost();
     const RunSummary parallel = run(parameters(sources, u"four"_s), 4);
 

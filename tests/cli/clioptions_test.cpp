@@ -77,17 +77,6 @@ TEST(ParseArguments, RefusesWhatItCannotUse)
     }
 }
 
-TEST(HelpText, NamesEveryOptionInGerman)
-{
-    const QString help = helpText();
-    EXPECT_TRUE(help.startsWith(u"Aufruf: valtrona-cli"_s));
-    for (const char16_t *option : {u"--style", u"--width", u"--height", u"--width-unit", u"--height-unit",
-                                   u"--format", u"--out", u"--keep-dirs", u"--search", u"--replace",
-                                   u"--keep-date", u"--exif", u"--delete-sources", u"--settings",
-                                   u"--jobs", u"--dir"})
-        EXPECT_TRUE(help.contains(QString::fromUtf16(option) + u' ')) << QString::fromUtf16(option).toStdString();
-}
-
 LastParameters seededLast()
 {
     LastParameters last;

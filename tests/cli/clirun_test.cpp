@@ -163,27 +163,6 @@ TEST_F(CliRunTest, DefaultsComeFromTheSettingsFileWhichStaysUntouched)
               QFileInfo(box.filePath(u"q85/bild.jpg"_s)).size());
 }
 
-TEST_F(CliRunTest, PathsFromStandardInputAndDirectories)
-{
-    source(u"photo.jpg"_s, u"tree/one.jpg"_s);
-    source(u"photo.jpg"_s, u"tree/deep/two.JPG"_s);
-    source(u"alpha.png"_s, u"tree/three.png"_s);
-    const QString piped = source(u"small.jpg"_s, u"piped.jpg"_s);
-    const CliResult result = runCli({u"--style"_s, u"2"_s, u"--width"_s, u"100"_s, u"--out"_s, u"out"_s, u"-"_s,
-                                     u"--dir"_s, box.filePath(u"src/tree"_s)},
-                                    QFile::encodeName(piped) + "\n\n");
-    EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
-    QStringList pictures;
-    for (const QString &line : result.out.split(u'\n')) {
-        if (line.startsWith(u"PIC\t"_s))
-            pictures.append(line.mid(4));
-    }
-    EXPECT_EQ(pictures, (QStringList {u"Bearbeite Bild : piped.jpg"_s, u"Bearbeite Bild : one.jpg"_s,
-                                      u"Bearbeite Bild : two.JPG"_s}));
-    // The common base of the sources is src/, so the tree's layout is kept.
-    EXPECT_TRUE(QFileInfo::exists(box.filePath(u"out/tree/deep/two.jpg"_s)));
-}
-
 QStringList filesBelow(const QString &root)
 {
     QStringList found;
@@ -288,17 +267,6 @@ TEST_F(CliRunTest, CtrlCTwiceEndsAtOnceWithoutPartialFiles)
         EXPECT_TRUE(imaging::measure(box.filePath(u"out/"_s + name), width, height));
         EXPECT_FALSE(imaging::pictureFromFile(box.filePath(u"out/"_s + name)).isNull()) << name.toStdString();
     }
-}
-
-TEST_F(CliRunTest, DeletedSourcesGoToTheTrash)
-{
-    const QString photo = source(u"photo.jpg"_s);
-    const QByteArray bytes = test::readAll(photo);
-    const CliResult result = runCli({u"--out"_s, u"out"_s, u"--delete-sources"_s, photo});
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_TRUE(result.out.contains(u"INF\tQuelldatei wird gelöscht...\nPOK\t"_s));
-    EXPECT_FALSE(QFileInfo::exists(photo));
-    EXPECT_EQ(test::readAll(box.filePath(u"data/Trash/files/photo.jpg"_s)), bytes);
 }
 
 } // namespace
