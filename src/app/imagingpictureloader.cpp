@@ -2,6 +2,10 @@
 
 #include <QImage>
 
+#include <algorithm>
+#include <utility>
+
+#include "imaging/imaging.h"
 #include "imaging/picture.h"
 
 namespace valtrona {
@@ -24,8 +28,24 @@ ImagingPictureLoader::ImagingPictureLoader(std::function<QSize(const QString &)>
 {
 }
 
+void ImagingPictureLoader::prime(const QString &path, const LoadedPicture &picture)
+{
+    m_primedPath = path;
+    m_primed = picture;
+}
+
 LoadedPicture ImagingPictureLoader::load(const QString &path, const ShownSizeFunction &shownSize)
 {
+    if (!m_primedPath.isEmpty() && path == m_primedPath) {
+        LoadedPicture primed = std::exchange(m_primed, {});
+        m_primedPath.clear();
+        const QSize shown = shownSize && primed.ownSize.isValid() ? shownSize(primed.ownSize) : primed.ownSize;
+        const bool largeEnough = primed.image.width() >= std::min(shown.width(), primed.ownSize.width())
+            && primed.image.height() >= std::min(shown.height(), primed.ownSize.height());
+        if (!primed.image.isNull() && largeEnough)
+            return primed;
+    }
+
     LoadedPicture picture;
     const QSize own = m_measure ? m_measure(path) : QSize();
     if (own.isEmpty())
@@ -33,6 +53,18 @@ LoadedPicture ImagingPictureLoader::load(const QString &path, const ShownSizeFun
     picture.ownSize = own;
     const QSize shown = shownSize ? shownSize(own) : own;
     picture.image = toImage(imaging::loadPreview(path, shown.width(), shown.height()));
+    return picture;
+}
+
+LoadedPicture ImagingPictureLoader::readPreview(const QString &path, const QSize &box)
+{
+    LoadedPicture picture;
+    int width = 0;
+    int height = 0;
+    if (!imaging::measure(path, width, height))
+        return picture;
+    picture.ownSize = QSize(width, height);
+    picture.image = toImage(imaging::loadPreview(path, box.width(), box.height()));
     return picture;
 }
 

@@ -14,6 +14,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QShortcut>
+#include <QThread>
 #include <QVBoxLayout>
 
 #include "app/imagingpictureloader.h"
@@ -208,13 +209,7 @@ public:
         m_window.m_prog->setValue(index);
     }
 
-    void showPreview(const QString &path) override
-    {
-        if (path.isEmpty())
-            m_window.m_picPrev->cls();
-        else
-            m_window.m_picPrev->setFileName(path);
-    }
+    void showPreview(const QString &path) override { m_window.showRunPreview(path); }
 
     void yield() override { QCoreApplication::processEvents(); }
 
@@ -233,6 +228,25 @@ public:
     bool deleteSources() override { return m_window.m_chkDel->isChecked(); }
 
     void runEnded() override { m_window.setWindowTitle(m_window.m_programTitle); }
+
+private:
+    MainWindow &m_window;
+};
+
+// The run's imaging, restarted only after the preview read-ahead is done.
+class MainWindow::RestartAwareImaging : public LibraryImaging
+{
+public:
+    explicit RestartAwareImaging(MainWindow &window)
+        : m_window(window)
+    {
+    }
+
+    bool restart() override
+    {
+        m_window.waitForPreviewWork();
+        return LibraryImaging::restart();
+    }
 
 private:
     MainWindow &m_window;
@@ -354,7 +368,7 @@ void MainWindow::buildSourceCard(QWidget *card)
         // A run may have a file in flight; the layer is restarted only
         // while nothing converts.
         if (!m_running)
-            imaging::restart();
+            restartImaging();
     });
     grid->addWidget(buddyLabel(QStringLiteral("&Quelldateien wählen :"), m_lv, frame), 0, 0);
     grid->addWidget(m_lv, 1, 0);
@@ -770,6 +784,50 @@ void MainWindow::onPresetPicked(int list)
     presets->setListIndex(-1);
 }
 
+void MainWindow::showRunPreview(const QString &path)
+{
+    m_wantedPreview = path;
+    if (path.isEmpty())
+        m_picPrev->cls();
+    else
+        startPreviewWork();
+}
+
+void MainWindow::startPreviewWork()
+{
+    if (m_previewWorker || m_wantedPreview.isEmpty())
+        return;
+    const QString path = m_wantedPreview;
+    const QSize box = m_picPrev->size() * m_picPrev->devicePixelRatioF();
+    auto picture = std::make_shared<LoadedPicture>();
+    m_previewWorker = QThread::create([path, box, picture] { *picture = ImagingPictureLoader::readPreview(path, box); });
+    m_previewWorker->setParent(this);
+    connect(m_previewWorker, &QThread::finished, this, [this, path, picture] {
+        m_previewWorker->deleteLater();
+        m_previewWorker = nullptr;
+        if (path == m_wantedPreview) {
+            m_pictureLoader->prime(path, *picture);
+            m_picPrev->setFileName(path);
+        } else {
+            startPreviewWork(); // the run has moved on meanwhile
+        }
+    });
+    m_previewWorker->start();
+}
+
+void MainWindow::waitForPreviewWork()
+{
+    if (m_previewWorker)
+        m_previewWorker->wait();
+}
+
+void MainWindow::restartImaging()
+{
+    // The layer restarts only while none of its calls runs elsewhere.
+    waitForPreviewWork();
+    imaging::restart();
+}
+
 QSize MainWindow::measureQuietly(const QString &path)
 {
     // An unreadable file shows as 0 x 0 in its row or as an empty preview;
@@ -862,11 +920,12 @@ void MainWindow::runConversion()
     parameters.keepDirectoryStructure = m_chkKeepDir->isChecked();
 
     RunHost host(*this);
-    LibraryImaging library;
+    RestartAwareImaging library(*this);
     OffThreadImaging imaging(library);
     const QString settings = m_env.settingsPath;
     ConversionRun run(host, imaging, [settings] { return readDrawingSettings(settings); });
     run.run(parameters);
+    waitForPreviewWork();
 
     m_prog->setValue(0);
     m_running = false;
@@ -907,6 +966,7 @@ void MainWindow::shutDown()
     if (m_shutDown)
         return;
     m_shutDown = true;
+    waitForPreviewWork();
     terminateControls(this);
     imaging::setReporter({});
     imaging::stop();

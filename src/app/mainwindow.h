@@ -14,10 +14,11 @@ class QLabel;
 class QProgressBar;
 class QPushButton;
 class QRadioButton;
+class QThread;
 
 namespace valtrona {
 
-class PictureLoader;
+class ImagingPictureLoader;
 class SourceList;
 class StatusList;
 class UserDialogs;
@@ -83,6 +84,7 @@ protected:
 
 private:
     class RunHost;
+    class RestartAwareImaging;
 
     void buildSourceCard(QWidget *card);
     void buildParameterCard(QWidget *card);
@@ -102,6 +104,10 @@ private:
     void onPresetPicked(int list);
 
     QSize measureQuietly(const QString &path);
+    void showRunPreview(const QString &path);
+    void startPreviewWork();
+    void waitForPreviewWork();
+    void restartImaging();
     void updateSourceCount();
     void showSourcePreview(const QString &path);
     void readLastParameters();
@@ -122,7 +128,11 @@ private:
     std::atomic_bool m_suppressReports = false;
     QString m_lastSourceFolder;
 
-    std::shared_ptr<PictureLoader> m_pictureLoader;
+    std::shared_ptr<ImagingPictureLoader> m_pictureLoader;
+    // The run's preview is read ahead on a worker and shown when ready, so a
+    // 40-megapixel photo never holds up the window.
+    QThread *m_previewWorker = nullptr;
+    QString m_wantedPreview;
     VxActCtrl *m_aa = nullptr;
 
     // Card 1

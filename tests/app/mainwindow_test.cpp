@@ -422,11 +422,19 @@ TEST_F(MainWindowTest, WindowServesEventsWhileAPhotoConverts)
     // Between these two rows the run does nothing but convert the file.
     onRow(*window, QStringLiteral("Dateiname : big.jpg"), [&] { ticksAtStart = ticks; });
     onRow(*window, QStringLiteral("Bild erfolgreich bearbeitet"), [&] { ticksAtEnd = ticks; });
+    // The card's preview follows the file; it is read ahead on a worker and
+    // may come a moment after the file's first row.
+    bool previewShown = false;
+    onRow(*window, QStringLiteral("Bild erfolgreich bearbeitet"), [&] {
+        auto *preview = child<VxPict>(*window, "picPrev");
+        previewShown = QTest::qWaitFor([&] { return preview->fileName() == photo && preview->hasPicture(); }, 5000);
+    });
 
     click(*window, "cmdW");
 
     ASSERT_GE(ticksAtStart, 0);
     EXPECT_GT(ticksAtEnd, ticksAtStart);
+    EXPECT_TRUE(previewShown);
     EXPECT_EQ(QImageReader(QDir(targetDir).filePath(QStringLiteral("big.jpg"))).size(), QSize(200, 133));
 }
 
