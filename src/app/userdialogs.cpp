@@ -1,7 +1,9 @@
 #include "app/userdialogs.h"
 
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QMessageBox>
+#include <QTreeView>
 
 #include <memory>
 
@@ -33,6 +35,13 @@ QFileDialog *StandardDialogs::createOpenDialog(QWidget *parent, const QString &t
     dialog->setFileMode(QFileDialog::ExistingFiles);
     dialog->setAcceptMode(QFileDialog::AcceptOpen);
     dialog->setNameFilters(filters);
+    // Qt's default size and column widths elide size, type and date.
+    dialog->resize(880, 540);
+    if (auto *details = dialog->findChild<QTreeView *>(QStringLiteral("treeView"))) {
+        const int widths[] = {280, 110, 150, 170};
+        for (int column = 0; column < 4; ++column)
+            details->header()->resizeSection(column, widths[column]);
+    }
     return dialog;
 }
 
@@ -42,6 +51,7 @@ QFileDialog *StandardDialogs::createFolderDialog(QWidget *parent, const QString 
     dialog->setOption(QFileDialog::DontUseNativeDialog);
     dialog->setFileMode(QFileDialog::Directory);
     dialog->setOption(QFileDialog::ShowDirsOnly);
+    dialog->resize(880, 540);
     return dialog;
 }
 
