@@ -18,6 +18,8 @@ namespace {
 TEST(StandardOpenDialog, ImageFilterMatchesExtensionsInAnyLetterCase)
 {
     Sandbox sandbox;
+    // Qt's file dialog remembers its folders in the user's configuration.
+    qputenv("XDG_CONFIG_HOME", sandbox.filePath(QStringLiteral("config")).toLocal8Bit());
     for (const char *name : {"a.JPG", "b.Png", "c.jpg", "d.TiF", "notes.txt", "e.jpeg"})
         sandbox.writeFile(QString::fromLatin1(name), "x");
 
