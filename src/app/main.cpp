@@ -8,7 +8,6 @@ int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("valtrona"));
-    QApplication::setApplicationDisplayName(QString());
     QApplication::setDesktopFileName(QStringLiteral("valtrona"));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/valtrona/valtrona.png")));
     valtrona::installQtGermanTranslation(app);
