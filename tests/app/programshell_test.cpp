@@ -1,5 +1,5 @@
 #include <QApplication>
-#include <QDialogButtonBox>
+#include <QIcon>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -17,6 +17,13 @@ TEST(QtGermanTranslation, StandardButtonsReadGerman)
     EXPECT_EQ(box.button(QMessageBox::Yes)->text().remove(QLatin1Char('&')), QStringLiteral("Ja"));
     EXPECT_EQ(box.button(QMessageBox::No)->text().remove(QLatin1Char('&')), QStringLiteral("Nein"));
     EXPECT_EQ(box.button(QMessageBox::Cancel)->text().remove(QLatin1Char('&')), QStringLiteral("Abbrechen"));
+}
+
+TEST(ProgramIcon, TravelsInsideTheBinary)
+{
+    const QIcon icon(QStringLiteral(":/valtrona/valtrona.png"));
+    ASSERT_FALSE(icon.isNull());
+    EXPECT_EQ(icon.pixmap(256, 256).size(), QSize(256, 256));
 }
 
 } // namespace
