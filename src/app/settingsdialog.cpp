@@ -67,19 +67,19 @@ SettingsDialog::SettingsDialog(QString settingsPath, std::shared_ptr<UserDialogs
     frame->setObjectName(QStringLiteral("Frame2"));
     auto *lines = new QVBoxLayout(frame);
     for (int i = 0; i < lineCount; ++i) {
-        const LineSpec &spec = lineSpecs[i];
-        m_keys[i] = QString::fromLatin1(spec.key);
+        const LineSpec &entry = lineSpecs[i];
+        m_keys[i] = QString::fromLatin1(entry.key);
         auto *line = new VxLineIn(frame);
         line->setObjectName(QStringLiteral("txtIni"));
         setControlArrayIndex(line, firstLine + i);
         line->setTag(m_keys[i]);
-        line->setCaption(QString::fromUtf8(spec.caption));
+        line->setCaption(QString::fromUtf8(entry.caption));
         line->setLabelWidth(130);
         line->setButtonWidth(26);
         line->setMinimumWidth(4755 / 15);
-        if (spec.mask) {
+        if (entry.mask) {
             line->setTextBoxStyle(9);
-            line->setTextMask(QString::fromLatin1(spec.mask));
+            line->setTextMask(QString::fromLatin1(entry.mask));
             line->setMaxLength(1);
             line->setButtonCaption(QStringLiteral("?"));
             line->setButtonToolTip(QStringLiteral("Erlaubte Werte"));
