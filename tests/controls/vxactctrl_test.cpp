@@ -10,14 +10,10 @@
 #include "controls/controlsupport.h"
 #include "controls/vxactctrl.h"
 #include "controls/vxinvisiblecont.h"
+#include "support/testsupport.h"
 
 using namespace Qt::StringLiterals;
 
-// Readable failure messages for text comparisons.
-void PrintTo(const QString &text, std::ostream *out)
-{
-    *out << '"' << text.toStdString() << '"';
-}
 using valtrona::VxActCtrl;
 using valtrona::VxInvisibleCont;
 

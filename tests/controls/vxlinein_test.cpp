@@ -26,11 +26,6 @@
 
 using namespace Qt::StringLiterals;
 
-// Readable failure messages for text comparisons.
-void PrintTo(const QString &text, std::ostream *out)
-{
-    *out << '"' << text.toStdString() << '"';
-}
 using valtrona::LineInputRules;
 using valtrona::VxLineIn;
 

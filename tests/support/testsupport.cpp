@@ -1,10 +1,16 @@
 #include "support/testsupport.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 
 #include <gtest/gtest.h>
+
+void PrintTo(const QString &text, std::ostream *out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
 
 namespace valtrona::test {
 
@@ -38,12 +44,45 @@ QString Sandbox::writeFile(const QString &relative, const QByteArray &bytes) con
     return full;
 }
 
+QString Sandbox::copyData(const QString &dataRelative, const QString &relative) const
+{
+    const QString full = filePath(relative);
+    QDir().mkpath(QFileInfo(full).absolutePath());
+    QFile::remove(full);
+    EXPECT_TRUE(QFile::copy(dataPath(dataRelative), full)) << dataRelative.toStdString();
+    return full;
+}
+
+ScopedEnvironment::ScopedEnvironment(const char *name, const QString &value)
+    : m_name(name), m_old(qgetenv(name)), m_wasSet(qEnvironmentVariableIsSet(name))
+{
+    qputenv(name, QFile::encodeName(value));
+}
+
+ScopedEnvironment::~ScopedEnvironment()
+{
+    if (m_wasSet)
+        qputenv(m_name.constData(), m_old);
+    else
+        qunsetenv(m_name.constData());
+}
+
 QByteArray readAll(const QString &path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return {};
     return file.readAll();
+}
+
+QStringList filesBelow(const QString &root)
+{
+    QStringList found;
+    QDirIterator it(root, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
+    while (it.hasNext())
+        found.append(QDir(root).relativeFilePath(it.next()));
+    found.sort();
+    return found;
 }
 
 } // namespace valtrona::test

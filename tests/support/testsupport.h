@@ -2,7 +2,13 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
+
+#include <ostream>
+
+/// Prints a QString readably in GoogleTest failure messages.
+void PrintTo(const QString &text, std::ostream *out);
 
 namespace valtrona::test {
 
@@ -21,12 +27,34 @@ public:
     QString filePath(const QString &relative) const;
     /// Writes bytes to a file inside the sandbox (parents created); returns its path.
     QString writeFile(const QString &relative, const QByteArray &bytes) const;
+    /// Copies a file from tests/data to a name inside the sandbox, replacing
+    /// what is there (parents created); returns its path.
+    QString copyData(const QString &dataRelative, const QString &relative) const;
 
 private:
     QTemporaryDir m_dir;
 };
 
+/// Sets an environment variable for its lifetime, then restores it.
+class ScopedEnvironment
+{
+public:
+    ScopedEnvironment(const char *name, const QString &value);
+    ~ScopedEnvironment();
+    ScopedEnvironment(const ScopedEnvironment &) = delete;
+    ScopedEnvironment &operator=(const ScopedEnvironment &) = delete;
+
+private:
+    QByteArray m_name;
+    QByteArray m_old;
+    bool m_wasSet;
+};
+
 /// Reads a whole file; an empty array when it cannot be read.
 QByteArray readAll(const QString &path);
+
+/// Every file below a directory, hidden ones included, as sorted paths
+/// relative to it.
+QStringList filesBelow(const QString &root);
 
 } // namespace valtrona::test
