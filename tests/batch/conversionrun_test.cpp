@@ -6,7 +6,6 @@
 
 #include <QDateTime>
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -96,11 +95,7 @@ protected:
     // Copies a fixture from tests/data/run into the sandbox's source folder.
     QString source(const QString &fixture, const QString &name = QString())
     {
-        const QString target = box.filePath(u"src/"_s + (name.isEmpty() ? fixture : name));
-        QDir().mkpath(QFileInfo(target).absolutePath());
-        QFile::remove(target);
-        EXPECT_TRUE(QFile::copy(valtrona::test::dataPath(u"run/"_s + fixture), target)) << fixture.toStdString();
-        return target;
+        return box.copyData(u"run/"_s + fixture, u"src/"_s + (name.isEmpty() ? fixture : name));
     }
 
     RunParameters parameters(const QStringList &sources, const QString &out = u"out"_s) const
@@ -382,22 +377,9 @@ TEST_F(ConversionRunTest, KeepDateGivesTheTargetTheSourceModificationTime)
     EXPECT_EQ(QFileInfo(box.filePath(u"out/small.jpg"_s)).lastModified().toUTC(), stamp);
 }
 
-class TrashSandbox
-{
-public:
-    explicit TrashSandbox(const QString &dataHome) : m_old(qgetenv("XDG_DATA_HOME"))
-    {
-        qputenv("XDG_DATA_HOME", dataHome.toUtf8());
-    }
-    ~TrashSandbox() { qputenv("XDG_DATA_HOME", m_old); }
-
-private:
-    QByteArray m_old;
-};
-
 TEST_F(ConversionRunTest, DeletedSourcesCanBeRestoredFromTheTrash)
 {
-    TrashSandbox trash(box.filePath(u"data"_s));
+    const test::ScopedEnvironment trash("XDG_DATA_HOME", box.filePath(u"data"_s));
     const QString photo = source(u"photo.jpg"_s);
     const QString text = source(u"notimage.jpg"_s);
     const QByteArray photoBytes = test::readAll(photo);
@@ -421,7 +403,7 @@ TEST_F(ConversionRunTest, DeletedSourcesCanBeRestoredFromTheTrash)
 
 TEST_F(ConversionRunTest, SourceThatIsItsOwnTargetIsNotDeleted)
 {
-    TrashSandbox trash(box.filePath(u"data"_s));
+    const test::ScopedEnvironment trash("XDG_DATA_HOME", box.filePath(u"data"_s));
     const QString photo = source(u"photo.jpg"_s);
     host.deleteSourcesSet = true;
 
@@ -436,28 +418,18 @@ TEST_F(ConversionRunTest, SourceThatIsItsOwnTargetIsNotDeleted)
     EXPECT_FALSE(QFileInfo::exists(box.filePath(u"data/Trash/files/photo.jpg"_s)));
 }
 
-QStringList allFiles(const QString &root)
-{
-    QStringList found;
-    QDirIterator it(root, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
-    while (it.hasNext())
-        found.append(QDir(root).relativeFilePath(it.next()));
-    found.sort();
-    return found;
-}
-
 TEST_F(ConversionRunTest, NothingIsWrittenOutsideTheTargetDirectory)
 {
     const QString photo = source(u"photo.jpg"_s);
     const QString nested = source(u"small.jpg"_s, u"deeper/small.jpg"_s);
-    const QStringList before = allFiles(box.path());
+    const QStringList before = test::filesBelow(box.path());
     RunParameters p = parameters({photo, nested});
     p.searchText = u"o"_s;
     p.replaceText = u"/../../x"_s;
     host.inputs = {u"100"_s, u"100"_s, 0, 0};
     run(p);
 
-    QStringList added = allFiles(box.path());
+    QStringList added = test::filesBelow(box.path());
     for (const QString &old : before)
         added.removeOne(old);
     ASSERT_EQ(added.size(), 2) << added.join(u", "_s).toStdString();
@@ -478,7 +450,7 @@ TEST_F(ConversionRunTest, FailedSaveLeavesNoFileBehind)
 
     EXPECT_EQ(summary.failed, 2);
     EXPECT_EQ(host.rowLines().count(u"ERR\tFehler beim Verarbeiten des Bildes"_s), 2);
-    EXPECT_EQ(allFiles(box.filePath(u"out"_s)), QStringList());
+    EXPECT_EQ(test::filesBelow(box.filePath(u"out"_s)), QStringList());
 }
 
 TEST_F(ConversionRunTest, BrokenInputsFailWithoutCrashOrOutput)
@@ -500,7 +472,7 @@ TEST_F(ConversionRunTest, BrokenInputsFailWithoutCrashOrOutput)
     EXPECT_EQ(summary.failed, 7);
     EXPECT_EQ(summary.written, 1);
     EXPECT_EQ(host.rowLines().last(), u"INF\tBearbeitung abgeschlossen"_s);
-    EXPECT_EQ(allFiles(box.filePath(u"out"_s)), QStringList {u"fine.jpg"_s});
+    EXPECT_EQ(test::filesBelow(box.filePath(u"out"_s)), QStringList {u"fine.jpg"_s});
 }
 
 TEST(RunText, PercentRoundsHalfToEven)

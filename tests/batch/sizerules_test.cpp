@@ -83,14 +83,6 @@ INSTANTIATE_TEST_SUITE_P(ZeroAndHuge, ComputeTargetSizeTest, ::testing::Values(
     SizeCase {"style0 NaN input", {std::numeric_limits<double>::quiet_NaN(), 5, px, px, 0, 4, 3},
               {0, 5, true}}));
 
-TEST(TargetSizeStatusTextTest, NamesBothSides)
-{
-    EXPECT_EQ(targetSizeStatusText({800, 600, true}), u"Bildgröße : 800x600"_s);
-    const TargetSize failed = computeTargetSize({50, 50, pc, pc, 4, 4000, 3000});
-    EXPECT_EQ(targetSizeStatusText(failed), u"Bildgröße : 0x0"_s);
-    EXPECT_EQ(targetSizeStatusText({-5, 0, true}), u"Bildgröße : -5x0"_s);
-}
-
 TEST(FormatParametersValidTest, TestsOnlyEmptiness)
 {
     struct Case
