@@ -55,29 +55,12 @@ TrashInfo parseTrashInfo(const QString &infoPath)
 class Trash : public ::testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        m_savedDataHome = qgetenv("XDG_DATA_HOME");
-        m_hadDataHome = qEnvironmentVariableIsSet("XDG_DATA_HOME");
-        m_dataHome = m_home.filePath(QStringLiteral("noch/nicht/share"));
-        qputenv("XDG_DATA_HOME", QFile::encodeName(m_dataHome));
-    }
-
-    void TearDown() override
-    {
-        if (m_hadDataHome)
-            qputenv("XDG_DATA_HOME", m_savedDataHome);
-        else
-            qunsetenv("XDG_DATA_HOME");
-    }
-
     QString trashDir() const { return m_dataHome + QStringLiteral("/Trash"); }
 
     Sandbox m_home;
     Sandbox m_work;
-    QString m_dataHome;
-    QByteArray m_savedDataHome;
-    bool m_hadDataHome = false;
+    QString m_dataHome = m_home.filePath(QStringLiteral("noch/nicht/share"));
+    valtrona::test::ScopedEnvironment m_environment {"XDG_DATA_HOME", m_dataHome};
 };
 
 TEST_F(Trash, FileIsRecoverableWithItsTrashInfo)
