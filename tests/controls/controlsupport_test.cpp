@@ -6,23 +6,13 @@
 
 #include "controls/controlsupport.h"
 #include "controls/vxactctrl.h"
+#include "controls/vxcolor.h"
 #include "controls/vxinvisiblecont.h"
 #include "controls/vxlinein.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-TEST(ControlSupport, RoundsHalvesToEven)
-{
-    const struct
-    {
-        double value;
-        int expected;
-    } cases[] = {{0.5, 0}, {1.5, 2}, {2.5, 2}, {3.5, 4}, {-0.5, 0}, {-1.5, -2}, {2.4999, 2}, {2.5001, 3}};
-    for (const auto &c : cases)
-        EXPECT_EQ(valtrona::roundHalfEven(c.value), c.expected) << c.value;
-}
 
 TEST(ControlSupport, TwipsFollowTheLogicalDpi)
 {
@@ -56,6 +46,9 @@ TEST(ControlSupport, ColourValuesAreRgbOrSystemColours)
     EXPECT_EQ(valtrona::colorFromValue(0x80000005u, palette), QColor(1, 2, 3));
     EXPECT_EQ(valtrona::colorFromValue(0x8000000Fu, palette), QColor(4, 5, 6));
     EXPECT_EQ(valtrona::colorFromValue(0x80000012u, palette), QColor(7, 8, 9));
+    for (const QColor &colour : {QColor(Qt::red), QColor(0x12, 0x34, 0x56), QColor(Qt::white)})
+        EXPECT_EQ(valtrona::colorFromValue(valtrona::colorValueFromColor(colour), palette), colour);
+    EXPECT_EQ(valtrona::colorValueFromColor(QColor(0x12, 0x34, 0x56)), 0x563412u);
 }
 
 TEST(ControlSupport, ControlArrayIndexIsMinusOneForPlainWidgets)

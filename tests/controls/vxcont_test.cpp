@@ -11,7 +11,6 @@
 
 #include "controls/controlsupport.h"
 #include "controls/vxborder.h"
-#include "controls/vxcolor.h"
 #include "controls/vxcont.h"
 #include "controls/vxflood.h"
 
@@ -160,14 +159,6 @@ TEST(BorderDrawing, EachStyleLightsItsOwnEdges)
     outerOff.style = BorderStyleCode::PictureBox;
     outerOff.outerLine = false;
     EXPECT_EQ(drawnEdges(outerOff, palette).top, gray) << "FrameOuter off leaves the outer line out";
-}
-
-TEST(ColorValue, RoundTripsThroughTheStoredLayout)
-{
-    const QColor colours[] = {Qt::red, Qt::blue, QColor(0x12, 0x34, 0x56), Qt::black, Qt::white};
-    for (const QColor &colour : colours)
-        EXPECT_EQ(colorFromValue(colorValueFromColor(colour), QPalette()), colour) << colour.name().toStdString();
-    EXPECT_EQ(colorValueFromColor(QColor(0x12, 0x34, 0x56)), 0x563412u) << "red in the low byte";
 }
 
 struct PercentCase
@@ -396,41 +387,6 @@ TEST(VxContLayout, WorkAreaAndChildrenStayInsideTheFrame)
     layout->activate();
     EXPECT_TRUE(cont.workArea().contains(child->geometry()))
         << "child " << child->geometry().x() << "," << child->geometry().y();
-}
-
-TEST(VxContProperties, DefaultsAsDesigned)
-{
-    VxCont cont;
-    const struct
-    {
-        const char *name;
-        QVariant value;
-    } defaults[] = {
-        {"ControlStyle", 0},        {"FrameOuter", true},
-        {"FrameInner", true},       {"FrameWidth", 4},
-        {"BorderStyle", 0},         {"BorderWidth", 0},
-        {"OuterOffset", 0},         {"LightBorders", false},
-        {"Caption", QString()},     {"Alignment", 2},
-        {"AlignmentVertical", 1},   {"ForeColor", 0x80000012u},
-        {"FloodPercent", 0},        {"Value", 0},
-        {"Min", 0},                 {"Max", 0},
-        {"Enabled", true},          {"FloodColor", 0x80000002u},
-        {"BackColor", 0x8000000Fu}, {"FloodBarType", 0},
-        {"WordWrap", true},         {"UseMnemonic", false},
-        {"BackStyle", 1},           {"FrameForeColor", 0x80000012u},
-        {"ShowBorderShape", false}, {"WindowColor", 0x8000000Fu},
-        {"ShadowColor", 0x80000010u}, {"ShadowOffset", 6},
-        {"ShadowSize", 6},          {"ForeColorText", 0x80000012u},
-        {"RasterDistance", 2},      {"RasterFaktor", 1.7},
-        {"CABorderColor", 0x80000012u}, {"CAColor", 0xFFFFFFu},
-        {"DesignIndexDisplayStyle", 1}, {"FloodOffset", 0},
-        {"CTLUseLng", 1},           {"FloodType", -1},
-    };
-    for (const auto &d : defaults) {
-        const QVariant actual = cont.property(d.name);
-        ASSERT_TRUE(actual.isValid()) << d.name << " is not a property";
-        EXPECT_EQ(actual, d.value) << d.name;
-    }
 }
 
 TEST(VxContLanguage, CaptionsSwitchOnlyWithCtlUseLngAndKeepTheDesignedCaption)
