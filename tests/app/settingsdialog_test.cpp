@@ -27,6 +27,11 @@ protected:
         const char *values[][2] = {{"PRZ", "85"}, {"INT", "7"}, {"SMT", "4"}, {"PXL", "2"}, {"CMP", "2"}};
         for (const auto &v : values)
             writeIniString(file, QStringLiteral("JPG"), QString::fromLatin1(v[0]), QString::fromLatin1(v[1]));
+        open();
+    }
+
+    void open()
+    {
         dialog = std::make_unique<SettingsDialog>(file, dialogs);
         dialog->initButton()->setProperty("Tag", 1);
         dialog->initButton()->click();
@@ -81,63 +86,61 @@ TEST_F(SettingsDialogTest, NoLineIsSqueezedOrOverlapped)
     }
 }
 
-TEST_F(SettingsDialogTest, SaveWithYesWritesAllFiveLines)
+TEST_F(SettingsDialogTest, EveryWayOutAsksOnceAndWritesOnlyOnYes)
 {
-    type(5, QStringLiteral("70"));
-    type(6, QStringLiteral("5"));
-    EXPECT_TRUE(dialog->isDirty());
-    dialogs->answers = {true};
-    press("cmdSave");
-
-    ASSERT_EQ(dialogs->shown.size(), 1);
-    EXPECT_EQ(dialogs->shown.first().kind, QStringLiteral("question"));
-    EXPECT_EQ(dialogs->shown.first().title, QStringLiteral("Speichern"));
-    EXPECT_EQ(dialogs->shown.first().text, QStringLiteral("Wollen Sie Ihre Änderungen speichern ?"));
-    EXPECT_EQ(stored("PRZ"), QStringLiteral("70"));
-    EXPECT_EQ(stored("INT"), QStringLiteral("5"));
-    EXPECT_TRUE(dialog->isVisible()); // "Speichern" keeps the dialog open
-    EXPECT_FALSE(dialog->isDirty());
+    enum Way { SaveButton, CloseBox, Escape, EnterInALine };
+    const struct
+    {
+        Way way;
+        bool yes;
+        bool staysOpen;
+    } cases[] = {
+        {SaveButton, true, true}, // "Speichern" keeps the dialog open
+        {SaveButton, false, true},
+        {CloseBox, true, false},
+        {CloseBox, false, false},
+        {Escape, false, false},
+        {EnterInALine, true, false},
+    };
+    for (const auto &c : cases) {
+        writeIniString(file, QStringLiteral("JPG"), QStringLiteral("PRZ"), QStringLiteral("85"));
+        writeIniString(file, QStringLiteral("JPG"), QStringLiteral("INT"), QStringLiteral("7"));
+        open();
+        type(5, QStringLiteral("70"));
+        type(6, QStringLiteral("5"));
+        EXPECT_TRUE(dialog->isDirty());
+        dialogs->shown.clear();
+        dialogs->answers = {c.yes};
+        switch (c.way) {
+        case SaveButton: press("cmdSave"); break;
+        case CloseBox: dialog->close(); break;
+        case Escape: QTest::keyClick(dialog.get(), Qt::Key_Escape); break;
+        case EnterInALine:
+            QTest::keyClick(dialog->line(5)->findChild<QLineEdit *>(QStringLiteral("txt")), Qt::Key_Return);
+            break;
+        }
+        const std::string context = std::to_string(c.way) + (c.yes ? " yes" : " no");
+        ASSERT_EQ(dialogs->shown.size(), 1) << context;
+        EXPECT_EQ(dialogs->shown.first().kind, QStringLiteral("question"));
+        EXPECT_EQ(dialogs->shown.first().title, QStringLiteral("Speichern"));
+        EXPECT_EQ(dialogs->shown.first().text, QStringLiteral("Wollen Sie Ihre Änderungen speichern ?"));
+        EXPECT_EQ(stored("PRZ"), c.yes ? QStringLiteral("70") : QStringLiteral("85")) << context;
+        EXPECT_EQ(stored("INT"), c.yes ? QStringLiteral("5") : QStringLiteral("7")) << context;
+        EXPECT_EQ(dialog->isVisible(), c.staysOpen) << context;
+        EXPECT_EQ(dialog->line(5)->text(), QStringLiteral("70")) << "the edits stay: " << context;
+    }
 }
 
-TEST_F(SettingsDialogTest, AnsweringNoKeepsTheEditsButWritesNothingAndAsksNoMore)
+TEST_F(SettingsDialogTest, AfterAnsweringNoLeavingAsksNoMore)
 {
     type(5, QStringLiteral("10"));
     dialogs->answers = {false};
     press("cmdSave");
-    EXPECT_EQ(stored("PRZ"), QStringLiteral("85"));
-    EXPECT_EQ(dialog->line(5)->text(), QStringLiteral("10"));
-
+    EXPECT_FALSE(dialog->isDirty());
     press("cmdAB");
     EXPECT_EQ(dialogs->shown.size(), 1);
     EXPECT_FALSE(dialog->isVisible());
     EXPECT_EQ(stored("PRZ"), QStringLiteral("85"));
-}
-
-TEST_F(SettingsDialogTest, CloseBoxAndEscapeAskOnce)
-{
-    type(7, QStringLiteral("3"));
-    dialogs->answers = {true};
-    dialog->close();
-    EXPECT_EQ(dialogs->shown.size(), 1);
-    EXPECT_EQ(stored("SMT"), QStringLiteral("3"));
-
-    dialog->show();
-    type(8, QStringLiteral("0"));
-    dialogs->answers = {false};
-    QTest::keyClick(dialog.get(), Qt::Key_Escape);
-    EXPECT_EQ(dialogs->shown.size(), 2);
-    EXPECT_FALSE(dialog->isVisible());
-    EXPECT_EQ(stored("PXL"), QStringLiteral("2"));
-}
-
-TEST_F(SettingsDialogTest, EnterInALineConfirmsWithTheSaveQuestion)
-{
-    type(5, QStringLiteral("60"));
-    dialogs->answers = {true};
-    QTest::keyClick(dialog->line(5)->findChild<QLineEdit *>(QStringLiteral("txt")), Qt::Key_Return);
-    ASSERT_EQ(dialogs->shown.size(), 1);
-    EXPECT_EQ(stored("PRZ"), QStringLiteral("60"));
-    EXPECT_FALSE(dialog->isVisible());
 }
 
 TEST_F(SettingsDialogTest, ModeLinesTakeOneDigitOfTheirRange)

@@ -19,7 +19,7 @@ TEST(StandardOpenDialog, ImageFilterMatchesExtensionsInAnyLetterCase)
 {
     Sandbox sandbox;
     // Qt's file dialog remembers its folders in the user's configuration.
-    qputenv("XDG_CONFIG_HOME", sandbox.filePath(QStringLiteral("config")).toLocal8Bit());
+    const valtrona::test::ScopedEnvironment config("XDG_CONFIG_HOME", sandbox.filePath(QStringLiteral("config")));
     for (const char *name : {"a.JPG", "b.Png", "c.jpg", "d.TiF", "notes.txt", "e.jpeg"})
         sandbox.writeFile(QString::fromLatin1(name), "x");
 
