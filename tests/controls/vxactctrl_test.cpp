@@ -435,4 +435,18 @@ TEST(VxInvisibleCont, DrawStyleMapsToPenStyles)
     }
 }
 
+TEST(VxActCtrl, PersistedPropertiesStartWithTheirDefaults)
+{
+    VxActCtrl switcher;
+    const QList<QPair<const char *, QVariant>> defaults = {
+        {"ActiveControl", 0},        {"ControlCount", 0},        {"CTLNames", QString()},
+        {"CTLDisplays", QString()},  {"CTLKeys", QString()},     {"CTLWidth", QString()},
+        {"CTLHeight", QString()},    {"CardInvisibleTop", 260},  {"CardInvisibleLeft", 4500},
+        {"CardOffset", 420},         {"ContainerTop", 60},       {"ContainerLeft", 60},
+        {"ContainerWidth", 0},       {"ContainerHeight", 0},
+    };
+    for (const auto &[name, value] : defaults)
+        EXPECT_EQ(switcher.property(name), value) << name;
+}
+
 } // namespace

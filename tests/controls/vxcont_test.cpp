@@ -389,6 +389,41 @@ TEST(VxContLayout, WorkAreaAndChildrenStayInsideTheFrame)
         << "child " << child->geometry().x() << "," << child->geometry().y();
 }
 
+TEST(VxContProperties, DefaultsAsDesigned)
+{
+    VxCont cont;
+    const struct
+    {
+        const char *name;
+        QVariant value;
+    } defaults[] = {
+        {"ControlStyle", 0},        {"FrameOuter", true},
+        {"FrameInner", true},       {"FrameWidth", 4},
+        {"BorderStyle", 0},         {"BorderWidth", 0},
+        {"OuterOffset", 0},         {"LightBorders", false},
+        {"Caption", QString()},     {"Alignment", 2},
+        {"AlignmentVertical", 1},   {"ForeColor", 0x80000012u},
+        {"FloodPercent", 0},        {"Value", 0},
+        {"Min", 0},                 {"Max", 0},
+        {"Enabled", true},          {"FloodColor", 0x80000002u},
+        {"BackColor", 0x8000000Fu}, {"FloodBarType", 0},
+        {"WordWrap", true},         {"UseMnemonic", false},
+        {"BackStyle", 1},           {"FrameForeColor", 0x80000012u},
+        {"ShowBorderShape", false}, {"WindowColor", 0x8000000Fu},
+        {"ShadowColor", 0x80000010u}, {"ShadowOffset", 6},
+        {"ShadowSize", 6},          {"ForeColorText", 0x80000012u},
+        {"RasterDistance", 2},      {"RasterFaktor", 1.7},
+        {"CABorderColor", 0x80000012u}, {"CAColor", 0xFFFFFFu},
+        {"DesignIndexDisplayStyle", 1}, {"FloodOffset", 0},
+        {"CTLUseLng", 1},           {"FloodType", -1},
+    };
+    for (const auto &d : defaults) {
+        const QVariant actual = cont.property(d.name);
+        ASSERT_TRUE(actual.isValid()) << d.name << " is not a property";
+        EXPECT_EQ(actual, d.value) << d.name;
+    }
+}
+
 TEST(VxContLanguage, CaptionsSwitchOnlyWithCtlUseLngAndKeepTheDesignedCaption)
 {
     VxCont cont;

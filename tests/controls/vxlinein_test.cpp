@@ -794,4 +794,29 @@ TEST(VxLineIn, TerminatedLineStaysQuiet)
     EXPECT_TRUE(log.isEmpty());
 }
 
+TEST(VxLineIn, PersistedPropertiesStartWithTheirDefaults)
+{
+    VxLineIn line;
+    const QList<QPair<const char *, QVariant>> defaults = {
+        {"ButtonWidth", 32}, {"LabelWidth", 125}, {"FixedBlockWidth", 0}, {"ControlDistance", 4},
+        {"TopDistance", 2}, {"DlgFileType", u"Textdatei"_s}, {"DlgFileExtension", u"txt"_s},
+        {"DlgOpenCaption", u"Datei öffnen : "_s}, {"DlgSaveCaption", u"Datei speichern : "_s},
+        {"DlgPathCaption", u"Wählen Sie ein Verzeichnis : "_s}, {"ButtonShow", true}, {"TextBoxStyle", 0},
+        {"TextMask", u"*"_s}, {"ControlStyle", 0}, {"GreyControl", false}, {"CommandStyle", 0},
+        {"PictureType", 0}, {"AutoAmbientChanges", true}, {"DefaultFilename", QString()},
+        {"AppendOleDDFiles", false}, {"AllowDDMultiFiles", false}, {"Caption", u"Label : "_s},
+        {"LabelAlignment", QString()}, {"LabelToolTip", QString()}, {"CheckboxShow", false}, {"Value", true},
+        {"Text", QString()}, {"TextBackColor", 0x80000005u}, {"Locked", false}, {"PasswordChar", QString()},
+        {"MaxLength", 0}, {"Enabled", true}, {"TextToolTip", QString()}, {"Alignment", 0},
+        {"UseMnemonic", false}, {"ButtonClickOnEnter", false}, {"ButtonCaption", QString()},
+        {"ButtonMaskColor", 0xC0C0C0u}, {"ButtonUseMaskColor", true}, {"ButtonToolTip", QString()},
+        {"CTLUseLng", 0}, {"DlgFolderStyle", 1}, {"DlgFolderNamesAsis", false}, {"ComboLines", 8},
+        {"ComboStyle", 2}, {"LeftOffset", 0}, {"ShowImage", false},
+    };
+    for (const auto &[name, value] : defaults)
+        EXPECT_EQ(line.property(name), value) << name;
+    EXPECT_TRUE(line.buttonPicture().isNull());
+    EXPECT_TRUE(line.linePicture().isNull());
+}
+
 } // namespace

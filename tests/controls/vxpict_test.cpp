@@ -636,5 +636,38 @@ TEST(VxPictPixels, MaskColourOnlyWithUseMaskColor)
     EXPECT_EQ(view.grab().toImage().pixelColor(centre), QColor(0, 255, 0)) << "magenta is transparent";
 }
 
+TEST(VxPictProperties, DefaultsAsDesigned)
+{
+    VxPict view;
+    const struct
+    {
+        const char *name;
+        QVariant value;
+    } defaults[] = {
+        {"BackStyle", 1},           {"Enabled", true},
+        {"Caption", QString()},     {"FrameInner", true},
+        {"FrameOuter", true},       {"BorderWidth", 0},
+        {"FrameWidth", 0},          {"BorderStyle", 16},
+        {"TopOffset", 0},           {"WorkHeight", 0},
+        {"OuterOffset", 0},         {"LightBorders", false},
+        {"ShowBorderShape", false}, {"PictureOffset", 6},
+        {"ShowPictureFrame", true}, {"PreviewSize", 0},
+        {"ThumbnailHeight", 110},   {"Zoomfaktor", 1.0},
+        {"UsePopUpMenu", true},     {"ShowPictureToolTip", 0},
+        {"PictureAlignment", 4},    {"DoEventsOnLoadPicture", true},
+        {"UseMaskColor", false},    {"MaskColor", 0xFF00FFu},
+        {"SetFocusOnShow", false},  {"PictureFrameFlat", false},
+        {"BorderColor", 0x8000000Fu}, {"ShowPictureName", false},
+        {"PictureNameTextColor", 0x8000000Fu}, {"CTLUseLng", 1},
+        {"FileName", QString()},
+    };
+    for (const auto &d : defaults) {
+        const QVariant actual = view.property(d.name);
+        ASSERT_TRUE(actual.isValid()) << d.name << " is not a property";
+        EXPECT_EQ(actual, d.value) << d.name;
+    }
+    EXPECT_EQ(view.ctlClassName(), u"VxPict"_s);
+}
+
 } // namespace
 } // namespace valtrona
