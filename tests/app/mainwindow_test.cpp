@@ -448,6 +448,7 @@ TEST_F(MainWindowTest, PreviewFollowsTheClickedSourceAndClearsOnRemoval)
 
     list->topLevelItem(0)->setSelected(true);
     click(*window, "cmdRemove");
+    EXPECT_EQ(list->count(), 0); // the clicked row and this one
     EXPECT_TRUE(preview->fileName().isEmpty());
     EXPECT_FALSE(preview->hasPicture());
 }

@@ -144,11 +144,17 @@ TEST(SeedDefaultSettingsTest, NeverReplacesAnUnreadableFile)
     EXPECT_TRUE(QFileInfo(file).isDir());
 }
 
-TEST(SettingsTest, LastParametersRoundTripAndEditsApplyToTheNextRead)
+TEST(SettingsTest, ParametersReadBackAndEditsApplyToTheNextRead)
 {
     test::Sandbox sandbox;
     const QString file = sandbox.filePath(u"v.ini"_s);
     seedDefaultSettings(file);
+    const ImagingSettings imaging = readImagingSettings(file);
+    EXPECT_EQ(imaging.quality, 85);
+    EXPECT_EQ(imaging.interpolation, 7);
+    EXPECT_EQ(imaging.smoothing, 4);
+    EXPECT_EQ(imaging.pixelOffset, 2);
+    EXPECT_EQ(imaging.compositing, 2);
 
     LastParameters p;
     p.style = 4;
@@ -171,7 +177,6 @@ TEST(SettingsTest, LastParametersRoundTripAndEditsApplyToTheNextRead)
     // A change made in the settings dialog applies to the next image.
     writeIniString(file, u"JPG"_s, u"PRZ"_s, u"60"_s);
     EXPECT_EQ(readImagingSettings(file).quality, 60);
-    EXPECT_EQ(readImagingSettings(file).interpolation, 7);
 }
 
 TEST(SettingsPathTest, FollowsTheExecutableName)
