@@ -557,7 +557,20 @@ RgbaImage loadPreviewFromData(const QByteArray &data, int maxWidth, int maxHeigh
             vips::VOption *options = vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL);
             if (shrink > 1)
                 options->set("shrink", shrink);
-            return vips::VImage::new_from_buffer(data.constData(), size_t(data.size()), "", options);
+            const bool allFormats = detail::formatModulesLoaded();
+            try {
+                return vips::VImage::new_from_buffer(data.constData(), size_t(data.size()), "", options);
+            } catch (const vips::VError &) {
+                // Perhaps one of the modules' formats.
+                if (allFormats)
+                    throw;
+                vips_error_clear();
+                detail::loadFormatModules();
+            }
+            vips::VOption *again = vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL);
+            if (shrink > 1)
+                again->set("shrink", shrink);
+            return vips::VImage::new_from_buffer(data.constData(), size_t(data.size()), "", again);
         };
         result = previewImage(open, maxWidth, maxHeight);
     }, failure);
