@@ -128,9 +128,9 @@ const std::array<OptionSpec, 18> optionTable = {{
 
 const OptionSpec *findOption(const QString &name)
 {
-    for (const OptionSpec &spec : optionTable) {
-        if (name == QStringView(spec.name))
-            return &spec;
+    for (const OptionSpec &entry : optionTable) {
+        if (name == QStringView(entry.name))
+            return &entry;
     }
     return nullptr;
 }
@@ -169,22 +169,22 @@ Expected<CliOptions, QString> parseArguments(const QStringList &arguments)
             value = name.mid(equals + 1);
             name.truncate(equals);
         }
-        const OptionSpec *spec = findOption(name);
-        if (!spec)
+        const OptionSpec *entry = findOption(name);
+        if (!entry)
             return unexpected<QString>(u"unbekannte Option „--"_s % name % u"“"_s);
-        if (!spec->valueName) {
+        if (!entry->valueName) {
             if (value)
                 return unexpected<QString>(u"die Option „--"_s % name % u"“ erwartet keinen Wert"_s);
-            spec->apply(options, QString());
+            entry->apply(options, QString());
             continue;
         }
         if (!value) {
             if (i + 1 >= arguments.size())
                 return unexpected<QString>(u"der Option „--"_s % name % u"“ fehlt der Wert "_s
-                                  % QStringView(spec->valueName));
+                                  % QStringView(entry->valueName));
             value = arguments.at(++i);
         }
-        const QString refused = spec->apply(options, *value);
+        const QString refused = entry->apply(options, *value);
         if (!refused.isEmpty())
             return unexpected<QString>(u"--"_s % name % u": "_s % refused);
     }
@@ -201,11 +201,11 @@ QString helpText()
                    u"Einstellungsdatei, die das Fenster beim Start zeigen würde.\n"
                    u"\n"
                    u"Optionen:\n"_s;
-    for (const OptionSpec &spec : optionTable) {
-        QString head = u"  --"_s % QStringView(spec.name);
-        if (spec.valueName)
-            head += u' ' % QStringView(spec.valueName);
-        const QStringList lines = QString::fromUtf16(spec.help).split(u'\n');
+    for (const OptionSpec &entry : optionTable) {
+        QString head = u"  --"_s % QStringView(entry.name);
+        if (entry.valueName)
+            head += u' ' % QStringView(entry.valueName);
+        const QStringList lines = QString::fromUtf16(entry.help).split(u'\n');
         const qsizetype column = 24;
         if (head.size() >= column)
             text += head % u'\n' % QString(column, u' ');

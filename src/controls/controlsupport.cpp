@@ -128,35 +128,29 @@ QColor systemColor(int index, const QPalette &palette)
 
 } // namespace
 
-int roundHalfEven(double value)
-{
-    // nearbyint follows the current rounding mode, which is to-nearest-even.
-    return static_cast<int>(std::nearbyint(value));
-}
-
 int twipsToPixelsX(int twips, const QWidget *widget)
 {
-    return roundHalfEven(twips * dpiX(widget) / twipsPerInch);
+    return static_cast<int>(roundHalfEven(twips * dpiX(widget) / twipsPerInch));
 }
 
 int twipsToPixelsY(int twips, const QWidget *widget)
 {
-    return roundHalfEven(twips * dpiY(widget) / twipsPerInch);
+    return static_cast<int>(roundHalfEven(twips * dpiY(widget) / twipsPerInch));
 }
 
 int pixelsToTwipsX(int pixels, const QWidget *widget)
 {
-    return roundHalfEven(pixels * twipsPerInch / dpiX(widget));
+    return static_cast<int>(roundHalfEven(pixels * twipsPerInch / dpiX(widget)));
 }
 
 int pixelsToTwipsY(int pixels, const QWidget *widget)
 {
-    return roundHalfEven(pixels * twipsPerInch / dpiY(widget));
+    return static_cast<int>(roundHalfEven(pixels * twipsPerInch / dpiY(widget)));
 }
 
 int scaledPixels(int pixels, const QWidget *widget)
 {
-    return roundHalfEven(pixels * dpiX(widget) / referenceDpi);
+    return static_cast<int>(roundHalfEven(pixels * dpiX(widget) / referenceDpi));
 }
 
 QColor colorFromValue(quint32 value, const QPalette &palette)

@@ -7,6 +7,8 @@
 #include <QPair>
 #include <QString>
 
+#include "core/numeric.h"
+
 class QObject;
 class QPalette;
 class QWidget;
@@ -15,8 +17,8 @@ namespace valtrona {
 
 // --- Measures --------------------------------------------------------------
 
-/// Rounds to the nearest whole number, halves to even (2.5 -> 2, 3.5 -> 4).
-int roundHalfEven(double value);
+// Rounding halves to even is core/numeric.h's roundHalfEven(), shared with
+// the rest of the program.
 
 /// Twips (1440 per inch) to pixels at the widget's logical DPI. Without a
 /// widget the primary screen's logical DPI is used, 96 without a screen.

@@ -24,6 +24,17 @@ namespace valtrona {
 
 namespace {
 
+// core's roundHalfEven() gives a double; pixel sizes and colour channels want int.
+int roundToInt(double value)
+{
+    return static_cast<int>(roundHalfEven(value));
+}
+
+} // namespace
+
+
+namespace {
+
 constexpr double zoomStep = 1.25;
 constexpr double zoomMin = 1.0 / 64.0;
 constexpr double zoomMax = 64.0;
@@ -62,7 +73,7 @@ QSize pictureShownSize(const QSize &ownSize, const QSize &area, int previewSize,
     if (previewSize == PreviewSizeMode::Original) {
         base = ownSize;
     } else if (previewSize == PreviewSizeMode::Thumbnail && thumbnailHeight > 0) {
-        base = QSize(qMax(1, roundHalfEven(double(ownSize.width()) * thumbnailHeight / ownSize.height())),
+        base = QSize(qMax(1, roundToInt(double(ownSize.width()) * thumbnailHeight / ownSize.height())),
                      thumbnailHeight);
     } else if (previewSize == PreviewSizeMode::Stretch) {
         base = area;
@@ -71,14 +82,14 @@ QSize pictureShownSize(const QSize &ownSize, const QSize &area, int previewSize,
             return {};
         const double scale = qMin(double(area.width()) / ownSize.width(),
                                   double(area.height()) / ownSize.height());
-        base = QSize(qMax(1, roundHalfEven(ownSize.width() * scale)),
-                     qMax(1, roundHalfEven(ownSize.height() * scale)));
+        base = QSize(qMax(1, roundToInt(ownSize.width() * scale)),
+                     qMax(1, roundToInt(ownSize.height() * scale)));
     }
     if (base.isEmpty())
         return {};
     if (!(zoom > 0.0) || !std::isfinite(zoom))
         zoom = 1.0;
-    return {qMax(1, roundHalfEven(base.width() * zoom)), qMax(1, roundHalfEven(base.height() * zoom))};
+    return {qMax(1, roundToInt(base.width() * zoom)), qMax(1, roundToInt(base.height() * zoom))};
 }
 
 QRect picturePlacement(const QSize &shown, const QRect &area, int alignment)
@@ -790,8 +801,8 @@ quint32 VxPict::getColorAverage() const
         }
     }
     const double count = double(image.width()) * image.height();
-    return colorValueFromColor(QColor(roundHalfEven(red / count), roundHalfEven(green / count),
-                                      roundHalfEven(blue / count)));
+    return colorValueFromColor(QColor(roundToInt(red / count), roundToInt(green / count),
+                                      roundToInt(blue / count)));
 }
 
 bool VxPict::copyToClip()

@@ -139,7 +139,7 @@ bool createDirectoryChain(const QString &path);
 enum FileTimeSelect { CreationTime = 1, LastAccessTime = 2, LastWriteTime = 4 };
 
 /// Sets the selected times (bits of FileTimeSelect; 0 means LastWriteTime) of
-/// a file or directory to `time`; its time spec says whether it is local or
+/// a file or directory to `time`; its time zone setting says whether it is local or
 /// UTC. The creation time cannot be set on Linux and is skipped; a request
 /// for it alone returns false. True only when the times were set.
 bool setFileTimes(const QString &path, const QDateTime &time, int which = LastWriteTime);

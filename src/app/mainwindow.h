@@ -1,0 +1,177 @@
+#pragma once
+
+#include <QSize>
+#include <QString>
+#include <QWidget>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QProgressBar;
+class QPushButton;
+class QRadioButton;
+class QThread;
+
+namespace valtrona {
+
+class ImagingPictureLoader;
+class SourceList;
+class StatusList;
+class UserDialogs;
+class VxActCtrl;
+class VxLineIn;
+class VxPict;
+
+/// The main window: three cards (source files, parameters, processing),
+/// the button row below them, the start-up and shut-down of the program.
+/// Controls carry their program names as objectName ("cmdW", "txtB", ...).
+class MainWindow : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// What the window needs from outside; tests replace every part.
+    struct Environment
+    {
+        /// The settings file.
+        QString settingsPath;
+        /// Message boxes and file dialogs; null means the standard ones.
+        std::shared_ptr<UserDialogs> dialogs;
+        /// Starts the imaging layer; false when it cannot start.
+        std::function<bool()> startImaging;
+        /// Ends the program; called when the window goes away.
+        std::function<void()> quit;
+    };
+
+    /// The settings path of the process, the standard dialogs, the imaging
+    /// layer and QApplication::quit().
+    static Environment defaultEnvironment();
+
+    explicit MainWindow(Environment environment, QWidget *parent = nullptr);
+    ~MainWindow() override;
+
+    /// The start-up sequence: title, lists, presets, card 1, seeding, last
+    /// parameters, imaging. Returns false when imaging cannot start (the
+    /// message has been shown then and the program is to end).
+    bool start();
+
+    /// Number of the card shown, 1 to 3.
+    int currentCard() const;
+    /// Shows card n and enables "< Zurück" and "Weiter >" for it.
+    void showCard(int n);
+    /// Checks the inputs of card n; shows the message and returns false
+    /// when the user may not go on.
+    bool validateCard(int n);
+
+    /// True while a conversion run is in progress.
+    bool isRunning() const;
+    /// True once "Abbruch" was pressed during the current run.
+    bool stopRequested() const;
+
+    SourceList *sourceList() const;
+    StatusList *statusList() const;
+
+Q_SIGNALS:
+    /// A conversion run has ended (finished or stopped).
+    void runFinished();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    class RunHost;
+    class RestartAwareImaging;
+
+    void buildSourceCard(QWidget *card);
+    void buildParameterCard(QWidget *card);
+    void buildProcessCard(QWidget *card);
+    void buildButtonRow(QWidget *row);
+
+    void onNext();
+    void onBack();
+    void onStop();
+    void onReset();
+    void onConfigure();
+    void onOpenFiles();
+    void onOpenFolder();
+    void onRemoveSelected();
+    void onRemoveAll();
+    void onStyleChanged();
+    void onPresetPicked(int list);
+
+    QSize measureQuietly(const QString &path);
+    void showRunPreview(const QString &path);
+    void startPreviewWork();
+    void waitForPreviewWork();
+    void restartImaging();
+    void updateSourceCount();
+    void showSourcePreview(const QString &path);
+    void readLastParameters();
+    bool saveLastParameters();
+    static int selectedItemData(const QComboBox *combo);
+    static int selectedItemData(const VxLineIn *line);
+    void runConversion();
+    void reportImagingFailure(const QString &title, const QString &text);
+    void shutDown();
+
+    Environment m_env;
+    QString m_programTitle;
+    int m_currentCard = 1;
+    bool m_stopRequested = false;
+    bool m_running = false;
+    bool m_closing = false;
+    bool m_shutDown = false;
+    std::atomic_bool m_suppressReports = false;
+    QString m_lastSourceFolder;
+
+    std::shared_ptr<ImagingPictureLoader> m_pictureLoader;
+    // The run's preview is read ahead on a worker and shown when ready, so a
+    // 40-megapixel photo never holds up the window.
+    QThread *m_previewWorker = nullptr;
+    QString m_wantedPreview;
+    VxActCtrl *m_aa = nullptr;
+
+    // Card 1
+    SourceList *m_lv = nullptr;
+    VxPict *m_prv = nullptr;
+    QPushButton *m_cmdOpen = nullptr;
+    QPushButton *m_cmdOpenF = nullptr;
+    QPushButton *m_cmdRemove = nullptr;
+    QPushButton *m_cmdRemoveAll = nullptr;
+
+    // Card 2
+    VxLineIn *m_cmbTyp = nullptr;
+    VxLineIn *m_txtB = nullptr;
+    VxLineIn *m_txtH = nullptr;
+    QComboBox *m_cmbFB = nullptr;
+    QComboBox *m_cmbFH = nullptr;
+    VxLineIn *m_cmbFMT[4] = {};
+    QRadioButton *m_optDF[2] = {};
+    VxLineIn *m_txtSFor = nullptr;
+    VxLineIn *m_txtRep = nullptr;
+    VxLineIn *m_txtDst = nullptr;
+    QCheckBox *m_chkKeepDir = nullptr;
+    QCheckBox *m_chkDel = nullptr;
+    QCheckBox *m_chkEXF = nullptr;
+    QCheckBox *m_chkDU = nullptr;
+
+    // Card 3
+    QProgressBar *m_prog = nullptr;
+    StatusList *m_lvStat = nullptr;
+    VxPict *m_picPrev = nullptr;
+    QPushButton *m_cmdStop = nullptr;
+
+    // Button row
+    QPushButton *m_cmdZ = nullptr;
+    QPushButton *m_cmdW = nullptr;
+    QPushButton *m_cmdOK = nullptr;
+    QPushButton *m_cmdCFG = nullptr;
+    QPushButton *m_command1 = nullptr;
+    QLabel *m_lblStat = nullptr;
+};
+
+} // namespace valtrona

@@ -1,0 +1,684 @@
+#include <QAbstractButton>
+#include <QAbstractItemModel>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QImage>
+#include <QImageReader>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalSpy>
+#include <QTest>
+#include <QTimer>
+#include <QUrl>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "app/mainwindow.h"
+#include "app/settingsdialog.h"
+#include "app/sourcelist.h"
+#include "app/statuslist.h"
+#include "controls/vxlinein.h"
+#include "controls/vxpict.h"
+#include "core/inifile.h"
+#include "scripteddialogs.h"
+#include "support/testsupport.h"
+
+using namespace valtrona;
+using valtrona::test::Sandbox;
+using valtrona::test::ScriptedDialogs;
+
+namespace {
+
+QString writeJpeg(const QString &path, int width, int height)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QImage image(width, height, QImage::Format_RGB32);
+    image.fill(QColor(40, 120, 200));
+    EXPECT_TRUE(image.save(path, "JPG", 90)) << path.toStdString();
+    return path;
+}
+
+// Everything below a directory that is not a finished output: temporary
+// names of atomic writes, or files of zero length.
+QStringList leftovers(const QString &dir)
+{
+    QStringList found;
+    QDirIterator it(dir, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QFileInfo info(it.next());
+        if (info.size() == 0 || !(info.suffix() == QLatin1String("jpg") || info.suffix() == QLatin1String("png")))
+            found.append(info.fileName());
+    }
+    return found;
+}
+
+class MainWindowTest : public ::testing::Test
+{
+protected:
+    MainWindowTest()
+    {
+        settingsFile = sandbox.filePath(QStringLiteral("valtrona.ini"));
+        targetDir = sandbox.filePath(QStringLiteral("out"));
+    }
+
+    std::unique_ptr<MainWindow> open(std::function<bool()> startImaging = {})
+    {
+        MainWindow::Environment env;
+        env.settingsPath = settingsFile;
+        env.dialogs = dialogs;
+        env.startImaging = std::move(startImaging);
+        env.quit = [this] { ++quits; };
+        auto window = std::make_unique<MainWindow>(env);
+        started = window->start();
+        window->show();
+        return window;
+    }
+
+    template <typename T>
+    T *child(MainWindow &window, const char *name)
+    {
+        T *found = window.findChild<T *>(QString::fromLatin1(name));
+        EXPECT_NE(found, nullptr) << name;
+        return found;
+    }
+
+    VxLineIn *line(MainWindow &window, const char *name) { return child<VxLineIn>(window, name); }
+
+    void click(MainWindow &window, const char *name) { child<QPushButton>(window, name)->click(); }
+
+    // Card 1 filled through "Bilder laden", card 2 set to width 200 px
+    // (constant width) into the target directory.
+    void prepareRun(MainWindow &window, const QStringList &sources)
+    {
+        dialogs->nextFiles = sources;
+        click(window, "cmdOpen");
+        click(window, "cmdW");
+        ASSERT_EQ(window.currentCard(), 2);
+        VxLineIn *style = line(window, "cmbTyp");
+        style->setListIndex(2);
+        line(window, "txtB")->setText(QStringLiteral("200"));
+        line(window, "txtDst")->setText(targetDir);
+    }
+
+    QStringList sourceImages(int count, const QString &folder = QStringLiteral("src"))
+    {
+        QStringList paths;
+        for (int i = 1; i <= count; ++i)
+            paths.append(writeJpeg(sandbox.filePath(QStringLiteral("%1/img%2.jpg").arg(folder).arg(i, 2, 10,
+                                                                                                     QLatin1Char('0'))),
+                                   400, 300));
+        return paths;
+    }
+
+    QStringList rows(MainWindow &window)
+    {
+        QStringList texts;
+        for (int i = 0; i < window.statusList()->topLevelItemCount(); ++i)
+            texts.append(window.statusList()->rowText(i));
+        return texts;
+    }
+
+    // Runs `action` once, when the status list gets a row with this text.
+    void onRow(MainWindow &window, const QString &text, std::function<void()> action)
+    {
+        auto fired = std::make_shared<bool>(false);
+        QObject::connect(window.statusList(), &StatusList::rowAdded, &window,
+                         [text, action, fired](const QString &added) {
+                             if (!*fired && added == text) {
+                                 *fired = true;
+                                 action();
+                             }
+                         });
+    }
+
+    Sandbox sandbox;
+    QString settingsFile;
+    QString targetDir;
+    std::shared_ptr<ScriptedDialogs> dialogs = std::make_shared<ScriptedDialogs>();
+    int quits = 0;
+    bool started = false;
+};
+
+TEST_F(MainWindowTest, FirstStartSeedsTheFileAndTheSecondShowsThePresets)
+{
+    {
+        auto window = open();
+        ASSERT_TRUE(started);
+        EXPECT_EQ(window->windowTitle(), QStringLiteral("Valtrona"));
+        EXPECT_EQ(window->currentCard(), 1);
+        EXPECT_FALSE(child<QPushButton>(*window, "cmdZ")->isEnabled());
+        EXPECT_TRUE(child<QPushButton>(*window, "cmdW")->isEnabled());
+        EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("Keine Bilder"));
+
+        // Presets are read before seeding: empty at the very first start.
+        const auto presets = window->findChildren<VxLineIn *>(QStringLiteral("cmbFMT"));
+        ASSERT_EQ(presets.size(), 4);
+        for (const VxLineIn *preset : presets)
+            EXPECT_EQ(preset->listCount(), 0);
+
+        VxLineIn *style = line(*window, "cmbTyp");
+        EXPECT_EQ(style->itemData(style->listIndex()), 3);
+        EXPECT_EQ(line(*window, "txtB")->caption(), QStringLiteral("Seitenlänge :"));
+        EXPECT_EQ(line(*window, "txtB")->text(), QStringLiteral("1024"));
+        EXPECT_EQ(line(*window, "txtH")->text(), QStringLiteral("768"));
+        EXPECT_FALSE(line(*window, "txtH")->textEnabled());
+        EXPECT_EQ(child<QComboBox>(*window, "cmbFB")->currentText(), QStringLiteral("Pixel"));
+        EXPECT_TRUE(dialogs->shown.isEmpty());
+    }
+    const QByteArray ini = test::readAll(settingsFile);
+    EXPECT_TRUE(ini.contains("[Last]"));
+    EXPECT_TRUE(ini.contains("\r\n\r\n[JPG]"));
+    EXPECT_EQ(readIniString(settingsFile, QStringLiteral("FMT_169"), QStringLiteral("16")), QStringLiteral("2048x1152"));
+
+    auto second = open();
+    const auto presets = second->findChildren<VxLineIn *>(QStringLiteral("cmbFMT"));
+    ASSERT_EQ(presets.size(), 4);
+    EXPECT_EQ(presets.at(0)->listCount(), 16);
+    EXPECT_EQ(presets.at(0)->itemText(9), QStringLiteral("0800x0600"));
+    EXPECT_EQ(presets.at(0)->listIndex(), -1);
+}
+
+TEST_F(MainWindowTest, EveryCardShowsItsControlsWholeAndApart)
+{
+    auto window = open();
+    dialogs->nextFiles = sourceImages(1);
+    click(*window, "cmdOpen");
+    for (int card = 1; card <= 3; ++card) {
+        window->showCard(card);
+        QCoreApplication::processEvents();
+        QList<QWidget *> shown;
+        const QList<QWidget *> all = window->findChildren<QWidget *>();
+        for (QWidget *widget : all) {
+            const bool control = qobject_cast<QAbstractButton *>(widget) || qobject_cast<VxLineIn *>(widget)
+                || qobject_cast<QComboBox *>(widget) || qobject_cast<QLabel *>(widget);
+            if (control && widget->isVisibleTo(window.get()) && !widget->parentWidget()->inherits("valtrona::VxLineIn")
+                && !widget->parentWidget()->parentWidget()->inherits("valtrona::VxLineIn"))
+                shown.append(widget);
+        }
+        for (QWidget *widget : shown) {
+            const QString name = widget->objectName() + QLatin1Char(' ') + QString::fromLatin1(widget->metaObject()->className());
+            EXPECT_GE(widget->height(), widget->minimumSizeHint().height()) << card << " " << name.toStdString();
+            EXPECT_GE(widget->width(), widget->minimumSizeHint().width()) << card << " " << name.toStdString();
+            for (QWidget *other : shown) {
+                if (other != widget && other->parentWidget() == widget->parentWidget()) {
+                    EXPECT_FALSE(widget->geometry().intersects(other->geometry()))
+                        << card << " " << name.toStdString() << " / " << other->objectName().toStdString();
+                }
+            }
+        }
+    }
+}
+
+TEST_F(MainWindowTest, APickedPresetFillsBothInputsAndCanBePickedAgain)
+{
+    { open(); }
+    auto window = open();
+    VxLineIn *preset = window->findChildren<VxLineIn *>(QStringLiteral("cmbFMT")).at(3); // 16:9
+    preset->setListIndex(9);
+    EXPECT_EQ(line(*window, "txtB")->text(), QStringLiteral("800"));
+    EXPECT_EQ(line(*window, "txtH")->text(), QStringLiteral("450"));
+    EXPECT_EQ(preset->listIndex(), -1);
+
+    line(*window, "txtB")->setText(QStringLiteral("1"));
+    preset->setListIndex(9);
+    EXPECT_EQ(line(*window, "txtB")->text(), QStringLiteral("800"));
+}
+
+TEST_F(MainWindowTest, StyleDecidesLabelAndEnabledInputs)
+{
+    auto window = open();
+    const struct
+    {
+        int style;
+        const char *widthLabel;
+        bool width;
+        bool height;
+    } cases[] = {{0, "Breite :", true, true},
+                 {1, "Breite :", false, true},
+                 {2, "Breite :", true, false},
+                 {3, "Seitenlänge :", true, false},
+                 {4, "Breite :", true, true}};
+    VxLineIn *style = line(*window, "cmbTyp");
+    for (const auto &c : cases) {
+        style->setListIndex(c.style);
+        EXPECT_EQ(line(*window, "txtB")->caption().toStdString(), c.widthLabel) << c.style;
+        EXPECT_EQ(line(*window, "txtB")->textEnabled(), c.width) << c.style;
+        EXPECT_EQ(child<QComboBox>(*window, "cmbFB")->isEnabled(), c.width) << c.style;
+        EXPECT_EQ(line(*window, "txtH")->textEnabled(), c.height) << c.style;
+        EXPECT_EQ(child<QComboBox>(*window, "cmbFH")->isEnabled(), c.height) << c.style;
+    }
+}
+
+TEST_F(MainWindowTest, EachCheckStopsWithItsMessage)
+{
+    auto window = open();
+    click(*window, "cmdW");
+    EXPECT_EQ(window->currentCard(), 1);
+    ASSERT_EQ(dialogs->shown.size(), 1);
+    EXPECT_EQ(dialogs->shown.last().kind, QStringLiteral("information"));
+    EXPECT_EQ(dialogs->shown.last().title, QStringLiteral("Abbruch"));
+    EXPECT_EQ(dialogs->shown.last().text, QStringLiteral("Sie haben keine Quelldateien gewählt !"));
+
+    dialogs->nextFiles = sourceImages(1);
+    click(*window, "cmdOpen");
+    click(*window, "cmdW");
+    ASSERT_EQ(window->currentCard(), 2);
+
+    struct Step
+    {
+        std::function<void()> set;
+        const char *message;
+    };
+    VxLineIn *style = line(*window, "cmbTyp");
+    const Step steps[] = {
+        {[&] { style->setListIndex(-1); }, "Sie haben keinen Änderungsstil gewählt !"},
+        {[&] {
+             style->setListIndex(2); // constant width needs a width
+             line(*window, "txtB")->setText(QString());
+             line(*window, "txtH")->setText(QStringLiteral("600"));
+         },
+         "Sie haben ungültige Formatparameter gewählt !"},
+        {[&] {
+             style->setListIndex(1); // constant height: an empty width is fine
+             line(*window, "txtDst")->setText(QString());
+         },
+         "Sie haben kein Zielverzeichnis gewählt !"},
+    };
+    for (const Step &step : steps) {
+        step.set();
+        dialogs->shown.clear();
+        click(*window, "cmdW");
+        EXPECT_EQ(window->currentCard(), 2) << step.message;
+        ASSERT_EQ(dialogs->shown.size(), 1) << step.message;
+        EXPECT_EQ(dialogs->shown.first().title, QStringLiteral("Abbruch"));
+        EXPECT_EQ(dialogs->shown.first().text.toStdString(), step.message);
+    }
+    // Nothing was saved by a refused check.
+    EXPECT_EQ(readIniString(settingsFile, QStringLiteral("LAST"), QStringLiteral("Style")), QStringLiteral("3"));
+}
+
+TEST_F(MainWindowTest, BatchRunsToCompletionWithRowsFilesAndSavedParameters)
+{
+    const QStringList sources = sourceImages(3);
+    const QString broken = sandbox.writeFile(QStringLiteral("src/broken.jpg"), "not a picture");
+    auto window = open();
+    prepareRun(*window, sources + QStringList{broken});
+    child<QComboBox>(*window, "cmbFH")->setCurrentIndex(-1); // chosen silently
+    QSignalSpy finished(window.get(), &MainWindow::runFinished);
+    EXPECT_EQ(dialogs->shown.size(), 1); // the open dialog; the broken file is no box
+    QStringList captions;
+    QObject::connect(window->statusList(), &StatusList::rowAdded, window.get(), [&](const QString &text) {
+        if (text.startsWith(QLatin1String("Bearbeite Bild")))
+            captions.append(window->windowTitle());
+    });
+    EXPECT_EQ(window->sourceList()->topLevelItem(3)->text(SourceList::DimensionColumn), QStringLiteral("0 x 0"));
+
+    click(*window, "cmdW");
+
+    ASSERT_EQ(finished.size(), 1);
+    EXPECT_EQ(dialogs->shown.size(), 1); // and no box during the run
+    EXPECT_EQ(window->currentCard(), 3);
+    EXPECT_FALSE(child<QPushButton>(*window, "cmdW")->isEnabled());
+    EXPECT_EQ(child<QComboBox>(*window, "cmbFH")->currentIndex(), 0);
+
+    const QStringList texts = rows(*window);
+    ASSERT_FALSE(texts.isEmpty());
+    EXPECT_EQ(texts.first(), QStringLiteral("Bearbeite 4 Bilder"));
+    EXPECT_EQ(texts.last(), QStringLiteral("Bearbeitung abgeschlossen"));
+    EXPECT_EQ(texts.count(QStringLiteral("Bild erfolgreich bearbeitet")), 3);
+    EXPECT_EQ(texts.count(QStringLiteral("Fehler beim Verarbeiten des Bildes")), 1);
+    EXPECT_TRUE(texts.contains(QStringLiteral("Bearbeite Bild : img02.jpg")));
+    EXPECT_TRUE(texts.contains(QStringLiteral("Bildgröße : 200x150")));
+
+    StatusList *status = window->statusList();
+    const int pictureRow = static_cast<int>(texts.indexOf(QStringLiteral("Bearbeite Bild : img01.jpg")));
+    EXPECT_EQ(status->rowKey(pictureRow), QStringLiteral("PIC"));
+    EXPECT_EQ(status->rowPath(pictureRow), sources.first());
+    EXPECT_EQ(status->rowKey(static_cast<int>(texts.indexOf(QStringLiteral("Bild erfolgreich bearbeitet")))),
+              QStringLiteral("POK"));
+    EXPECT_EQ(status->rowKey(static_cast<int>(texts.indexOf(QStringLiteral("Fehler beim Verarbeiten des Bildes")))),
+              QStringLiteral("ERR"));
+    EXPECT_EQ(status->selectedItems().value(0), status->topLevelItem(status->topLevelItemCount() - 1));
+    EXPECT_EQ(captions, QStringList({QStringLiteral("Valtrona - 25 %"), QStringLiteral("Valtrona - 50 %"),
+                                     QStringLiteral("Valtrona - 75 %"), QStringLiteral("Valtrona - 100 %")}));
+
+    // A click on a row with a path shows that file in the card's preview.
+    auto *preview = child<VxPict>(*window, "picPrev");
+    EXPECT_TRUE(preview->fileName().isEmpty()); // cleared when the run ended
+    QTest::mouseClick(status->viewport(), Qt::LeftButton, {},
+                      status->visualItemRect(status->topLevelItem(pictureRow)).center());
+    EXPECT_EQ(preview->fileName(), sources.first());
+
+    for (int i = 1; i <= 3; ++i) {
+        const QString output = QDir(targetDir).filePath(QStringLiteral("img%1.jpg").arg(i, 2, 10, QLatin1Char('0')));
+        EXPECT_EQ(QImageReader(output).size(), QSize(200, 150)) << output.toStdString();
+    }
+    EXPECT_FALSE(QFileInfo::exists(QDir(targetDir).filePath(QStringLiteral("broken.jpg"))));
+    EXPECT_TRUE(leftovers(targetDir).isEmpty()) << leftovers(targetDir).join(u',').toStdString();
+
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Valtrona"));
+    EXPECT_EQ(child<QProgressBar>(*window, "prog")->value(), 0);
+    EXPECT_EQ(child<QProgressBar>(*window, "prog")->maximum(), 4);
+    EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("4 von 4..."));
+
+    EXPECT_EQ(readIniString(settingsFile, QStringLiteral("Last"), QStringLiteral("Style")), QStringLiteral("2"));
+    EXPECT_EQ(readIniString(settingsFile, QStringLiteral("Last"), QStringLiteral("Width")), QStringLiteral("200"));
+    EXPECT_EQ(readIniString(settingsFile, QStringLiteral("Last"), QStringLiteral("HU")), QStringLiteral("0"));
+    EXPECT_EQ(readIniString(settingsFile, QStringLiteral("Last"), QStringLiteral("Path")), targetDir);
+    EXPECT_EQ(window->sourceList()->count(), 4); // the run leaves the list alone
+}
+
+TEST_F(MainWindowTest, EnterGoesOnAndEscapeStopsARun)
+{
+    auto window = open();
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    dialogs->nextFiles = sourceImages(6);
+    QPushButton *openButton = child<QPushButton>(*window, "cmdOpen");
+    openButton->setFocus();
+    QTest::keyClick(openButton, Qt::Key_Return); // a focused button takes Enter itself
+    ASSERT_EQ(window->sourceList()->count(), 6);
+    EXPECT_EQ(window->currentCard(), 1);
+
+    window->sourceList()->setFocus();
+    QTest::keyClick(window->sourceList(), Qt::Key_Return);
+    ASSERT_EQ(window->currentCard(), 2);
+
+    line(*window, "cmbTyp")->setListIndex(2);
+    line(*window, "txtB")->setText(QStringLiteral("200"));
+    line(*window, "txtDst")->setText(targetDir);
+    onRow(*window, QStringLiteral("Bearbeite Bild : img03.jpg"),
+          [&] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape); });
+    QLineEdit *width = line(*window, "txtB")->findChild<QLineEdit *>(QStringLiteral("txt"));
+    width->setFocus();
+    QTest::keyClick(width, Qt::Key_Return);
+
+    EXPECT_EQ(window->currentCard(), 3);
+    EXPECT_EQ(rows(*window).last(), QStringLiteral("Bearbeitung abgebrochen"));
+    EXPECT_EQ(rows(*window).count(QStringLiteral("Bild erfolgreich bearbeitet")), 3);
+}
+
+TEST_F(MainWindowTest, WindowServesEventsWhileAPhotoConverts)
+{
+    const QString photo = writeJpeg(sandbox.filePath(QStringLiteral("src/big.jpg")), 6000, 4000);
+    auto window = open();
+    prepareRun(*window, {photo});
+    int ticks = 0;
+    int ticksAtStart = -1;
+    int ticksAtEnd = -1;
+    QTimer ticker;
+    QObject::connect(&ticker, &QTimer::timeout, [&] { ++ticks; });
+    ticker.start(0);
+    // Between these two rows the run does nothing but convert the file.
+    onRow(*window, QStringLiteral("Dateiname : big.jpg"), [&] { ticksAtStart = ticks; });
+    onRow(*window, QStringLiteral("Bild erfolgreich bearbeitet"), [&] { ticksAtEnd = ticks; });
+    // The card's preview follows the file; it is read ahead on a worker and
+    // may come a moment after the file's first row.
+    bool previewShown = false;
+    onRow(*window, QStringLiteral("Bild erfolgreich bearbeitet"), [&] {
+        auto *preview = child<VxPict>(*window, "picPrev");
+        previewShown = QTest::qWaitFor([&] { return preview->fileName() == photo && preview->hasPicture(); }, 5000);
+    });
+
+    click(*window, "cmdW");
+
+    ASSERT_GE(ticksAtStart, 0);
+    EXPECT_GT(ticksAtEnd, ticksAtStart);
+    EXPECT_TRUE(previewShown);
+    EXPECT_EQ(QImageReader(QDir(targetDir).filePath(QStringLiteral("big.jpg"))).size(), QSize(200, 133));
+}
+
+TEST_F(MainWindowTest, PreviewFollowsTheClickedSourceAndClearsOnRemoval)
+{
+    auto window = open();
+    dialogs->nextFiles = sourceImages(2);
+    click(*window, "cmdOpen");
+    SourceList *list = window->sourceList();
+    auto *preview = child<VxPict>(*window, "PRV");
+
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualItemRect(list->topLevelItem(1)).center());
+    EXPECT_EQ(preview->fileName(), list->pathAt(1));
+    EXPECT_TRUE(preview->hasPicture());
+
+    list->topLevelItem(0)->setSelected(true);
+    click(*window, "cmdRemove");
+    EXPECT_TRUE(preview->fileName().isEmpty());
+    EXPECT_FALSE(preview->hasPicture());
+}
+
+TEST_F(MainWindowTest, PngChoiceWritesPngFiles)
+{
+    auto window = open();
+    prepareRun(*window, sourceImages(1));
+    window->findChildren<QRadioButton *>(QStringLiteral("optDF")).at(1)->setChecked(true);
+    click(*window, "cmdW");
+    EXPECT_EQ(QImageReader(QDir(targetDir).filePath(QStringLiteral("img01.png"))).format(), QByteArray("png"));
+}
+
+TEST_F(MainWindowTest, AbbruchStopsBeforeTheNextFile)
+{
+    const QStringList sources = sourceImages(8);
+    auto window = open();
+    prepareRun(*window, sources);
+    onRow(*window, QStringLiteral("Bearbeite Bild : img02.jpg"), [&] { click(*window, "cmdStop"); });
+
+    click(*window, "cmdW");
+
+    const QStringList texts = rows(*window);
+    EXPECT_TRUE(window->stopRequested());
+    EXPECT_EQ(texts.last(), QStringLiteral("Bearbeitung abgebrochen"));
+    EXPECT_FALSE(texts.contains(QStringLiteral("Bearbeitung abgeschlossen")));
+    EXPECT_EQ(texts.count(QStringLiteral("Bild erfolgreich bearbeitet")), 2); // file 2 is finished
+    EXPECT_FALSE(texts.contains(QStringLiteral("Bearbeite Bild : img03.jpg")));
+    EXPECT_EQ(QDir(targetDir).entryList(QDir::Files).size(), 2);
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Valtrona"));
+}
+
+TEST_F(MainWindowTest, BackDuringARunLeavesItRunning)
+{
+    auto window = open();
+    prepareRun(*window, sourceImages(4));
+    int cardAfterBack = 0;
+    onRow(*window, QStringLiteral("Bearbeite Bild : img01.jpg"), [&] {
+        click(*window, "cmdZ");
+        cardAfterBack = window->currentCard();
+        // Going on again does not start a second run over the first.
+        click(*window, "cmdW");
+    });
+
+    click(*window, "cmdW");
+
+    EXPECT_EQ(cardAfterBack, 2);
+    const QStringList texts = rows(*window);
+    EXPECT_EQ(texts.count(QStringLiteral("Bearbeite 4 Bilder")), 1);
+    EXPECT_EQ(texts.last(), QStringLiteral("Bearbeitung abgeschlossen"));
+    EXPECT_EQ(texts.count(QStringLiteral("Bild erfolgreich bearbeitet")), 4);
+}
+
+TEST_F(MainWindowTest, ClosingDuringARunEndsAtOnceWithoutPartialFiles)
+{
+    const QStringList sources = sourceImages(6);
+    auto window = open();
+    prepareRun(*window, sources);
+    bool hiddenAtOnce = false;
+    onRow(*window, QStringLiteral("Bearbeite Bild : img02.jpg"), [&] {
+        window->close();
+        hiddenAtOnce = window->isHidden();
+        EXPECT_EQ(quits, 0); // the file in hand is finished first
+    });
+
+    click(*window, "cmdW");
+
+    EXPECT_TRUE(hiddenAtOnce);
+    EXPECT_EQ(quits, 1);
+    EXPECT_FALSE(window->stopRequested()); // closing is no "Abbruch"
+    const QStringList written = QDir(targetDir).entryList(QDir::Files);
+    EXPECT_LE(written.size(), 2);
+    EXPECT_TRUE(leftovers(targetDir).isEmpty()) << leftovers(targetDir).join(u',').toStdString();
+    for (const QString &name : written)
+        EXPECT_EQ(QImageReader(QDir(targetDir).filePath(name)).size(), QSize(200, 150)) << name.toStdString();
+}
+
+TEST_F(MainWindowTest, FolderLoadCollectsJpegsBelowAndRemembersTheFolder)
+{
+    const QStringList jpegs = sourceImages(2, QStringLiteral("tree/a"));
+    writeJpeg(sandbox.filePath(QStringLiteral("tree/b/deep/UPPER.JPG")), 20, 10);
+    sandbox.writeFile(QStringLiteral("tree/b/other.png"), "x");
+    QDir().mkpath(sandbox.filePath(QStringLiteral("empty")));
+    auto window = open();
+
+    dialogs->nextFolder = sandbox.filePath(QStringLiteral("tree"));
+    click(*window, "cmdOpenF");
+    EXPECT_EQ(window->sourceList()->count(), 3);
+    EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("3 Bilder"));
+    EXPECT_EQ(dialogs->shown.last().title, QStringLiteral("Verzeichnis für Konvertierung wählen (JPG) : "));
+
+    dialogs->nextFolder = sandbox.filePath(QStringLiteral("empty"));
+    click(*window, "cmdOpenF");
+    EXPECT_EQ(dialogs->lastStartFolder, sandbox.filePath(QStringLiteral("tree")));
+    EXPECT_EQ(window->sourceList()->count(), 3);
+
+    click(*window, "cmdOpenF"); // cancelled: nothing changes, not even the folder
+    EXPECT_EQ(dialogs->lastStartFolder, sandbox.filePath(QStringLiteral("empty")));
+}
+
+TEST_F(MainWindowTest, OpenDialogOffersImagesThenAllFiles)
+{
+    auto window = open();
+    click(*window, "cmdOpen");
+    EXPECT_EQ(dialogs->shown.last().title, QStringLiteral("Dateien wählen :"));
+    EXPECT_EQ(dialogs->lastFilters, QStringList({QStringLiteral("Bilddateien (*.jpg *.gif *.bmp *.png *.tif)"),
+                                                 QStringLiteral("Alle Dateien (*.*)")}));
+    EXPECT_EQ(window->sourceList()->count(), 0);
+}
+
+TEST_F(MainWindowTest, TargetFolderButtonFillsTheLineUnlessCancelled)
+{
+    auto window = open();
+    VxLineIn *target = line(*window, "txtDst");
+    target->setText(QStringLiteral("/alt"));
+    dialogs->nextFolder = sandbox.path();
+    target->clickButton();
+    EXPECT_EQ(target->text(), sandbox.path());
+    EXPECT_EQ(dialogs->lastStartFolder, QStringLiteral("/alt"));
+    target->clickButton(); // cancelled
+    EXPECT_EQ(target->text(), sandbox.path());
+}
+
+TEST_F(MainWindowTest, RemovingRowsAsksOnlyForAll)
+{
+    auto window = open();
+    dialogs->nextFiles = sourceImages(3);
+    click(*window, "cmdOpen");
+    SourceList *list = window->sourceList();
+
+    list->topLevelItem(1)->setSelected(true);
+    click(*window, "cmdRemove");
+    EXPECT_EQ(list->count(), 2);
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    list->setFocus();
+    list->setCurrentItem(list->topLevelItem(0));
+    QTest::keyClick(list, Qt::Key_Delete); // the Delete key removes like the button
+    EXPECT_EQ(list->count(), 1);
+    EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("1 Bild"));
+    dialogs->nextFiles = {list->pathAt(0), sandbox.filePath(QStringLiteral("src/img01.jpg"))};
+    click(*window, "cmdOpen");
+    EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("2 Bilder"));
+
+    dialogs->shown.clear();
+    dialogs->answers = {false, true};
+    click(*window, "cmdRemoveAll");
+    EXPECT_EQ(list->count(), 2);
+    ASSERT_EQ(dialogs->shown.size(), 1);
+    EXPECT_EQ(dialogs->shown.first().kind, QStringLiteral("question"));
+    EXPECT_EQ(dialogs->shown.first().title, QStringLiteral("Entfernen"));
+    EXPECT_EQ(dialogs->shown.first().text, QStringLiteral("Wollen Sie alle Bilder aus der Auswahl entfernen ?"));
+    click(*window, "cmdRemoveAll");
+    EXPECT_EQ(list->count(), 0);
+    EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("Keine Bilder"));
+
+    dialogs->shown.clear();
+    click(*window, "cmdRemoveAll"); // empty list: no question
+    EXPECT_TRUE(dialogs->shown.isEmpty());
+
+    dialogs->nextFiles = sourceImages(2, QStringLiteral("again"));
+    click(*window, "cmdOpen");
+    click(*window, "cmdW");
+    ASSERT_EQ(window->currentCard(), 2);
+    dialogs->shown.clear();
+    click(*window, "Command1"); // "Reset": back to card 1, emptied without asking
+    EXPECT_EQ(window->currentCard(), 1);
+    EXPECT_EQ(list->count(), 0);
+    EXPECT_TRUE(dialogs->shown.isEmpty());
+}
+
+TEST_F(MainWindowTest, DropAddsRowsButLeavesTheCountLabel)
+{
+    auto window = open();
+    const QStringList files = sourceImages(2);
+    QMimeData mime;
+    mime.setUrls({QUrl::fromLocalFile(files.at(0)), QUrl::fromLocalFile(files.at(1))});
+    QDragEnterEvent enter(QPoint(30, 30), Qt::CopyAction, &mime, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(window->sourceList()->viewport(), &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop(QPointF(30, 30), Qt::CopyAction, &mime, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(window->sourceList()->viewport(), &drop);
+    ASSERT_EQ(window->sourceList()->count(), 2);
+    EXPECT_EQ(window->sourceList()->topLevelItem(0)->text(SourceList::DimensionColumn), QStringLiteral("400 x 300"));
+    EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("Keine Bilder"));
+}
+
+TEST_F(MainWindowTest, SchliessenEndsTheProgramWithoutAskingOrSaving)
+{
+    auto window = open();
+    const QByteArray before = test::readAll(settingsFile);
+    line(*window, "txtB")->setText(QStringLiteral("4711"));
+    click(*window, "cmdOK");
+    EXPECT_EQ(quits, 1);
+    EXPECT_TRUE(window->isHidden());
+    EXPECT_TRUE(dialogs->shown.isEmpty());
+    EXPECT_EQ(test::readAll(settingsFile), before); // nothing is saved on exit
+}
+
+TEST_F(MainWindowTest, FailedImagingStartSaysSoAndStops)
+{
+    auto window = open([] { return false; });
+    EXPECT_FALSE(started);
+    ASSERT_EQ(dialogs->shown.size(), 1);
+    EXPECT_EQ(dialogs->shown.first().kind, QStringLiteral("plain"));
+    EXPECT_TRUE(dialogs->shown.first().title.isEmpty());
+    EXPECT_EQ(dialogs->shown.first().text, QStringLiteral("GDI konnte nicht initialisiert werden !"));
+}
+
+TEST_F(MainWindowTest, KonfigurationOpensTheFilledDialogModally)
+{
+    auto window = open();
+    writeIniString(settingsFile, QStringLiteral("JPG"), QStringLiteral("PRZ"), QStringLiteral("70"));
+    QString seenQuality;
+    bool wasModal = false;
+    QTimer::singleShot(0, window.get(), [&] {
+        auto *dialog = qobject_cast<SettingsDialog *>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        wasModal = dialog->isModal();
+        seenQuality = dialog->line(5)->text();
+        dialog->findChild<QPushButton *>(QStringLiteral("cmdAB"))->click();
+    });
+    click(*window, "cmdCFG");
+    EXPECT_TRUE(wasModal);
+    EXPECT_EQ(seenQuality, QStringLiteral("70"));
+    EXPECT_TRUE(dialogs->shown.isEmpty()); // unchanged: no save question
+    EXPECT_EQ(window->findChild<SettingsDialog *>(), nullptr);
+}
+
+} // namespace

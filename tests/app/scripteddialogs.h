@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include "app/userdialogs.h"
+
+namespace valtrona::test {
+
+/// Answers the windows' dialogs from a script and records every one shown.
+class ScriptedDialogs : public UserDialogs
+{
+public:
+    struct Shown
+    {
+        QString kind; // "information", "question", "plain", "openFiles", "chooseFolder"
+        QString title;
+        QString text;
+    };
+
+    void information(QWidget *parent, const QString &title, const QString &text) override;
+    bool askYesNo(QWidget *parent, const QString &title, const QString &text) override;
+    void plainMessage(QWidget *parent, const QString &title, const QString &text) override;
+    QStringList openFiles(QWidget *parent, const QString &title, const QStringList &filters) override;
+    QString chooseFolder(QWidget *parent, const QString &prompt, const QString &startFolder) override;
+
+    /// Answers for the next questions, first in first out; Yes when none is left.
+    QList<bool> answers;
+    /// Result of the next open dialog (then cleared).
+    QStringList nextFiles;
+    /// Result of the next folder dialog (then cleared).
+    QString nextFolder;
+
+    QList<Shown> shown;
+    QStringList lastFilters;
+    QString lastStartFolder;
+
+    /// Texts of everything shown, in order.
+    QStringList texts() const;
+};
+
+} // namespace valtrona::test
