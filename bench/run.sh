@@ -97,6 +97,7 @@ median() {
 echo "Corpus: $count photos (${copies}x $(ls "$work/corpus" | wc -l) distinct, about $megapixels MP each)," \
      "$(nproc) cores, $repeat rounds, median round shown"
 echo "Job: fit into 1024x768, JPEG quality 85"
+echo "Load average before the run: $(cut -d ' ' -f 1-3 /proc/loadavg)"
 echo
 
 declare -A wall cpu peak
@@ -108,6 +109,8 @@ for tool in "${tools[@]}"; do : > "$work/time-$tool.all"; done
 for ((r = 1; r <= repeat; r++)); do
     for tool in "${tools[@]}"; do round "$tool"; done
 done
+echo "Load average after the run: $(cut -d ' ' -f 1-3 /proc/loadavg)"
+echo
 for tool in "${tools[@]}"; do
     read -r w c m < <(median "$tool")
     wall[$tool]=$w; cpu[$tool]=$c; peak[$tool]=$m

@@ -38,12 +38,9 @@ bool LibraryImaging::drawAndSave(const QString &source, const QString &target, i
     modes.pixelOffset = settings.pixelOffset;
     modes.compositingQuality = settings.compositing;
     modes.compositingMode = 0;
-    const imaging::Picture picture = imaging::drawFile(source, width, height, modes);
-    if (picture.isNull())
-        return false;
-    if (code == u"J"_s)
-        return imaging::saveJpeg(picture, target, settings.quality);
-    return imaging::savePng(picture, target);
+    const QString mimeType = code == u"J"_s ? u"image/jpeg"_s : u"image/png"_s;
+    return imaging::drawFileToFile(source, target, width, height, modes, mimeType,
+                                   settings.quality);
 }
 
 bool LibraryImaging::copyFile(const QString &source, const QString &target)

@@ -124,6 +124,12 @@ int main(int argc, char **argv)
     // keeping freed pixel buffers; a few shared arenas keep the peak down
     // (about a quarter less here) at no measurable cost in speed.
     mallopt(M_ARENA_MAX, std::clamp(jobs, 1, 4));
+    // Pixel strips and decoder buffers (tens to hundreds of KiB each) come
+    // straight from the system and go back when freed, instead of lingering
+    // in the arenas; a fixed threshold also stops malloc from raising it
+    // after the first large free. About 2 MiB less at the peak, no
+    // measurable cost in speed.
+    mallopt(M_MMAP_THRESHOLD, 64 * 1024);
 #endif
 
     cli::Terminal terminal(stdout, stderr, isatty(STDERR_FILENO) == 1, isatty(STDOUT_FILENO) == 1);

@@ -3,6 +3,7 @@
 
 #include "core/fileservices.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -11,6 +12,8 @@
 #include <mutex>
 #include <thread>
 
+#include <dlfcn.h>
+#include <gmodule.h>
 #include <vips/vips8>
 
 #if defined(__GLIBC__)
@@ -26,6 +29,8 @@ namespace {
 std::atomic<bool> g_started {false};
 std::atomic<bool> g_quiet {false};
 std::atomic<int> g_concurrency {0};
+std::atomic<bool> g_modulesLoaded {false};
+QByteArray g_moduleDirectory; // written once, before any use of the library
 
 std::mutex g_reporterMutex;
 Reporter g_reporter = [](const QString &title, const QString &text) {
@@ -35,16 +40,72 @@ Reporter g_reporter = [](const QString &title, const QString &text) {
 thread_local int t_lastStatus = 0;
 thread_local QString t_lastMessage;
 
+// The directory the library's format modules are installed in, beside the
+// library itself: <libdir>/vips-modules-<major>.<minor>.
+QByteArray moduleDirectory()
+{
+    Dl_info info {};
+    if (dladdr(reinterpret_cast<void *>(&vips_init), &info) == 0 || info.dli_fname == nullptr)
+        return {};
+    const QString library = QFileInfo(QFile::decodeName(info.dli_fname)).canonicalFilePath();
+    if (library.isEmpty())
+        return {};
+    return QFile::encodeName(QFileInfo(library).absolutePath()
+                             % u"/vips-modules-%1.%2"_s.arg(VIPS_MAJOR_VERSION).arg(VIPS_MINOR_VERSION));
+}
+
+// Lines per strip in which the library's pipelines pass pixels along. Its
+// default of 128 makes the JPEG decoder's line cache hold some 600 lines of
+// the decoded width (7 MB for a 12-megapixel photo) while a picture streams
+// into its encoder; 16 lines cut a conversion's buffers to about a third at
+// no measurable cost in speed.
+constexpr int kStripHeight = 16;
+
+// The strip height is one of the library's command-line settings; there is
+// no call for it, so it is passed through the library's own option parser.
+void useShortStrips()
+{
+    GOptionContext *context = g_option_context_new(nullptr);
+    GOptionGroup *group = g_option_group_new("vips", "", "", nullptr, nullptr);
+    vips_add_option_entries(group);
+    g_option_context_set_main_group(context, group);
+    g_option_context_set_ignore_unknown_options(context, TRUE);
+    QByteArray program("valtrona");
+    QByteArray tileHeight = "--vips-tile-height=" + QByteArray::number(kStripHeight);
+    char *arguments[] = {program.data(), tileHeight.data(), nullptr};
+    int count = 2;
+    char **argv = arguments;
+    g_option_context_parse(context, &count, &argv, nullptr);
+    g_option_context_free(context);
+}
+
 // The library is initialised once per process and never shut down: it cannot
 // be initialised again after vips_shutdown().
 bool initialiseLibraryOnce()
 {
     static const bool ok = [] {
-        if (VIPS_INIT("valtrona") != 0)
+        // The library loads its format modules (ImageMagick, PDF, HEIF, ...)
+        // from the module directory below its prefix at start. They pull in
+        // large libraries (7 MiB more at the peak of a run) that a batch of
+        // JPEGs never needs, so the library is started with a prefix
+        // without modules and openImage() loads them when a file needs them.
+        // A prefix the user set is left alone.
+        const bool deferModules = qEnvironmentVariableIsEmpty("VIPSHOME");
+        if (deferModules)
+            qputenv("VIPSHOME", "/nonexistent/valtrona-deferred-modules");
+        const int status = VIPS_INIT("valtrona");
+        if (deferModules) {
+            qunsetenv("VIPSHOME");
+            g_moduleDirectory = moduleDirectory();
+        } else {
+            g_modulesLoaded.store(true);
+        }
+        if (status != 0)
             return false;
         // Each file is opened once per conversion, so caching operations
         // across files only holds memory.
         vips_cache_set_max(0);
+        useShortStrips();
         // The library's warnings (a damaged scan line, a truncated file) end
         // up as our own status; keep them off the terminal.
         g_log_set_handler("VIPS", G_LOG_LEVEL_WARNING,
@@ -83,6 +144,32 @@ namespace detail {
 bool ensureLibrary()
 {
     return initialiseLibraryOnce();
+}
+
+bool formatModulesLoaded()
+{
+    return g_modulesLoaded.load();
+}
+
+void loadFormatModules()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        const QDir dir(QFile::decodeName(g_moduleDirectory));
+        const QStringList modules = g_moduleDirectory.isEmpty()
+            ? QStringList()
+            : dir.entryList({u"*.so"_s}, QDir::Files, QDir::Name);
+        for (const QString &module : modules) {
+            // Opening runs the module's initialiser, which registers its
+            // loaders and savers. A module whose libraries are missing is
+            // skipped, as the library itself does.
+            GModule *handle = g_module_open(QFile::encodeName(dir.filePath(module)).constData(),
+                                            G_MODULE_BIND_LAZY);
+            if (handle != nullptr)
+                g_module_make_resident(handle);
+        }
+        g_modulesLoaded.store(true);
+    });
 }
 
 void report(const QString &title, const QString &text)
@@ -157,18 +244,29 @@ vips::VImage openImage(const QString &path, bool failOnTruncation, int shrink)
         return o;
     };
     const QByteArray name = nativePath(path);
+    const bool allFormats = formatModulesLoaded();
     try {
-        // Opening a source never reads options out of the file name, so
-        // names with brackets stay names.
-        return vips::VImage::new_from_source(vips::VSource::new_from_file(name.constData()), "",
-                                             options());
+        try {
+            // Opening a source never reads options out of the file name, so
+            // names with brackets stay names.
+            return vips::VImage::new_from_source(vips::VSource::new_from_file(name.constData()), "",
+                                                 options());
+        } catch (const vips::VError &) {
+            // Some loaders (BMP and other formats behind ImageMagick) only
+            // take file names.
+            if (!nameIsSafeForLibrary(name) || vips_foreign_find_load(name.constData()) == nullptr)
+                throw;
+            vips_error_clear();
+            return vips::VImage::new_from_file(name.constData(), options());
+        }
     } catch (const vips::VError &) {
-        // Some loaders (BMP and other formats behind ImageMagick) only take
-        // file names.
-        if (!nameIsSafeForLibrary(name) || vips_foreign_find_load(name.constData()) == nullptr)
+        // A format the built-in loaders do not know may be one of the
+        // modules' formats.
+        if (allFormats)
             throw;
         vips_error_clear();
-        return vips::VImage::new_from_file(name.constData(), options());
+        loadFormatModules();
+        return openImage(path, failOnTruncation, shrink);
     }
 }
 
@@ -344,7 +442,10 @@ QString findEncoder(const QString &mimeType)
             continue;
         if (vips_foreign_find_save_buffer(entry.suffix) == nullptr) {
             vips_error_clear();
-            return {};
+            if (detail::formatModulesLoaded())
+                return {};
+            detail::loadFormatModules();
+            return findEncoder(mimeType);
         }
         return QString::fromLatin1(entry.suffix);
     }

@@ -29,6 +29,14 @@ namespace detail {
 /// Initialises the image library once per process; false when it cannot.
 bool ensureLibrary();
 
+/// True once the library's format modules are loaded (or were loaded by the
+/// library itself at start).
+bool formatModulesLoaded();
+
+/// Loads the library's format modules (ImageMagick, PDF, HEIF, ...), once per
+/// process; the library starts without them.
+void loadFormatModules();
+
 /// Hands a message to the reporter, whether or not the layer is quiet.
 void report(const QString &title, const QString &text);
 

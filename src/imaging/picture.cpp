@@ -22,9 +22,9 @@ namespace {
 // Interpolation ("INT") picks the resampling kernel; the numbers and names
 // are those the settings dialog lists. libvips widens every kernel but
 // nearest by the reduction factor, so all of them average over the source
-// pixels they cover. shrinkOnLoad lets the JPEG decoder do a first, coarse
-// reduction (never below twice the target size); nearest skips it so that it
-// keeps picking real source pixels.
+// pixels they cover. shrinkOnLoad lets the JPEG decoder do a first
+// reduction (never below the target size); nearest skips it so that it keeps
+// picking real source pixels.
 //
 // Smoothing ("SMT"), pixel offset ("PXL") and the compositing mode have no
 // effect on scaling an image: smoothing governs lines and shapes, pixel
@@ -102,16 +102,17 @@ bool isJpegLoader(const vips::VImage &image)
     return loaderName(image).startsWith("jpegload");
 }
 
-// The block shrink a JPEG decoder may apply while still leaving the kernel at
-// least a factor of two to work with.
+// The block shrink a JPEG decoder applies: as far as the target allows
+// (never below it). The decoder's scaled transform averages each block
+// properly, so the kernel that finishes the job may be left with less than a
+// factor of two at no visible cost, and a 24-megapixel photo bound for 1024
+// pixels decodes only a sixteenth of its pixels.
 int jpegShrinkFor(double factor)
 {
-    if (factor >= 16.0)
-        return 8;
-    if (factor >= 8.0)
-        return 4;
-    if (factor >= 4.0)
-        return 2;
+    for (const int shrink : {8, 4, 2}) {
+        if (factor >= shrink)
+            return shrink;
+    }
     return 1;
 }
 
@@ -236,18 +237,6 @@ RgbaImage toRgbaImage(vips::VImage image)
     return result;
 }
 
-// A preview only has to look right at its size, so JPEGs shrink while
-// decoding as far as the box allows (the kernel then has less than a factor
-// of two left), which is what makes large photos quick to show.
-int previewJpegShrink(double factor)
-{
-    for (const int shrink : {8, 4, 2}) {
-        if (factor >= shrink)
-            return shrink;
-    }
-    return 1;
-}
-
 // open(shrink) opens the image lazily, with a JPEG shrink when shrink > 1.
 template <typename Open>
 RgbaImage previewImage(Open open, int maxWidth, int maxHeight)
@@ -267,7 +256,7 @@ RgbaImage previewImage(Open open, int maxWidth, int maxHeight)
     if (qint64(width) * height > kMaxTargetPixels)
         return {};
     if (isJpegLoader(image)) {
-        const int shrink = previewJpegShrink(std::min(double(sourceWidth) / width,
+        const int shrink = jpegShrinkFor(std::min(double(sourceWidth) / width,
                                                       double(sourceHeight) / height));
         if (shrink > 1)
             image = open(shrink);
@@ -334,44 +323,127 @@ RgbaImage Picture::toRgba() const
     return result;
 }
 
-Picture drawFile(const QString &path, int width, int height, const DrawModes &modes)
+namespace {
+
+// Checks what drawFile() and drawFileToFile() are asked for; Ok when the
+// drawing can start.
+int checkDrawRequest(const QString &path, int width, int height)
 {
     if (!QFileInfo(path).isFile())
-        return fail({FileNotFound, {}});
+        return FileNotFound;
     if (!isStarted())
-        return fail({GdiplusNotInitialized, {}});
+        return GdiplusNotInitialized;
     if ((width < 1 && width != -1) || (height < 1 && height != -1))
-        return fail({InvalidParameter, {}});
+        return InvalidParameter;
+    return Ok;
+}
 
+// The drawing of an image file at width x height as a lazy pipeline: nothing
+// is decoded until its pixels are asked for, and then only once, top to
+// bottom. Sets failure.status when the sizes are out of range. Throws
+// vips::VError.
+vips::VImage drawPipeline(const QString &path, int width, int height, const DrawModes &modes,
+                          Failure &failure)
+{
     const InterpolationMode &mode = interpolationMode(modes.interpolation);
     const bool linear = modes.compositingQuality == kLinearLightQuality;
+    vips::VImage image = detail::openImage(path, true);
+    const int sourceWidth = image.width();
+    const int sourceHeight = image.height();
+    if (qint64(sourceWidth) * sourceHeight > maxImagePixels()) {
+        failure.status = ValueOverflow;
+        return {};
+    }
+    const int targetWidth = width == -1 ? sourceWidth : width;
+    const int targetHeight = height == -1 ? sourceHeight : height;
+    if (qint64(targetWidth) * targetHeight > kMaxTargetPixels) {
+        failure.status = ValueOverflow;
+        return {};
+    }
+
+    if (mode.shrinkOnLoad && !linear && isJpegLoader(image)) {
+        const double factor = std::min(double(sourceWidth) / targetWidth,
+                                       double(sourceHeight) / targetHeight);
+        const int shrink = jpegShrinkFor(factor);
+        if (shrink > 1)
+            image = detail::openImage(path, true, shrink);
+    }
+    return resample(toSrgb8(image), targetWidth, targetHeight, modes);
+}
+
+// What an encoder found by findEncoder() is written with.
+struct EncoderChoice
+{
+    QString suffix;
+    bool jpeg = false;
+    bool lossy = false;
+};
+
+// Finds the encoder for mimeType; without one, reports "Encoder Error" (even
+// when quiet) and gives an empty suffix.
+EncoderChoice chooseEncoder(const QString &mimeType)
+{
+    EncoderChoice choice;
+    choice.suffix = findEncoder(mimeType);
+    if (choice.suffix.isEmpty()) {
+        detail::setLast(InvalidParameter, u"no encoder for "_s % mimeType);
+        detail::report(u"Encoder Error"_s, u"Es konnte kein passender Encoder ermittelt werden !"_s);
+        return choice;
+    }
+    choice.jpeg = choice.suffix == u".jpg"_s;
+    choice.lossy = choice.jpeg || choice.suffix == u".webp"_s || choice.suffix == u".avif"_s
+                   || choice.suffix == u".heic"_s || choice.suffix == u".jxl"_s
+                   || choice.suffix == u".tif"_s;
+    return choice;
+}
+
+// Encodes an image into memory. When the image is a lazy pipeline, its
+// pixels are computed while the encoder takes them in, so decoding,
+// resampling and encoding overlap. Throws vips::VError.
+QByteArray encode(vips::VImage image, const EncoderChoice &encoder, int quality)
+{
+    // libjpeg treats quality 0 as 1; the encoders here start at 1.
+    const int q = std::max(1, std::clamp(quality, 0, 100));
+    if (encoder.jpeg && image.has_alpha())
+        image = image.flatten(vips::VImage::option()->set("background", std::vector<double> {255.0}));
+    image = toUchar(image);
+    // JPEGs use the standard Huffman tables: optimised ones would save a
+    // few percent of the file but make the encoder hold every coefficient
+    // of the picture (about 2.4 MB at 1024 x 768) and take a second pass.
+    vips::VOption *options = vips::VImage::option()->set("strip", true);
+    if (encoder.lossy)
+        options->set("Q", q);
+    void *buffer = nullptr;
+    size_t size = 0;
+    image.write_to_buffer(encoder.suffix.toLatin1().constData(), &buffer, &size, options);
+    QByteArray bytes(static_cast<const char *>(buffer), qsizetype(size));
+    g_free(buffer);
+    return encoder.jpeg ? withJfifHeader(bytes) : bytes;
+}
+
+// Writes encoded bytes into place atomically.
+bool writeEncoded(const QByteArray &bytes, const QString &path)
+{
+    const int status = detail::writeFileAtomically(path, bytes.constData(), bytes.size());
+    if (status != Ok)
+        return detail::fail(status, lastErrorMessage());
+    return true;
+}
+
+} // namespace
+
+Picture drawFile(const QString &path, int width, int height, const DrawModes &modes)
+{
+    const int status = checkDrawRequest(path, width, height);
+    if (status != Ok)
+        return fail({status, {}});
+
     Picture picture;
     Failure failure {Ok, {}};
     const bool ok = guarded([&] {
-        vips::VImage image = detail::openImage(path, true);
-        const int sourceWidth = image.width();
-        const int sourceHeight = image.height();
-        if (qint64(sourceWidth) * sourceHeight > maxImagePixels()) {
-            failure.status = ValueOverflow;
+        vips::VImage image = drawPipeline(path, width, height, modes, failure);
+        if (failure.status != Ok)
             return;
-        }
-        const int targetWidth = width == -1 ? sourceWidth : width;
-        const int targetHeight = height == -1 ? sourceHeight : height;
-        if (qint64(targetWidth) * targetHeight > kMaxTargetPixels) {
-            failure.status = ValueOverflow;
-            return;
-        }
-
-        if (mode.shrinkOnLoad && !linear && isJpegLoader(image)) {
-            const double factor = std::min(double(sourceWidth) / targetWidth,
-                                           double(sourceHeight) / targetHeight);
-            const int shrink = jpegShrinkFor(factor);
-            if (shrink > 1) {
-                image = detail::openImage(path, true, shrink);
-            }
-        }
-        image = toSrgb8(image);
-        image = resample(image, targetWidth, targetHeight, modes);
         // Decodes and resamples now, so errors surface here and the picture
         // can be saved any number of times.
         picture = PictureAccess::make(image.copy_memory());
@@ -380,6 +452,31 @@ Picture drawFile(const QString &path, int width, int height, const DrawModes &mo
         return fail(failure);
     detail::setLast(Ok);
     return picture;
+}
+
+bool drawFileToFile(const QString &source, const QString &target, int width, int height,
+                    const DrawModes &modes, const QString &mimeType, int quality)
+{
+    const EncoderChoice encoder = chooseEncoder(mimeType);
+    if (encoder.suffix.isEmpty())
+        return false;
+    const int status = checkDrawRequest(source, width, height);
+    if (status != Ok)
+        return detail::fail(status);
+
+    // The whole file is encoded before the target is opened: a source that
+    // is its own target is read to the end before its name is taken over.
+    QByteArray bytes;
+    Failure failure {Ok, {}};
+    const bool ok = guarded([&] {
+        vips::VImage image = drawPipeline(source, width, height, modes, failure);
+        if (failure.status != Ok)
+            return;
+        bytes = encode(image, encoder, quality);
+    }, failure);
+    if (!ok || failure.status != Ok)
+        return detail::fail(failure.status, failure.message);
+    return writeEncoded(bytes, target);
 }
 
 Picture pictureFromFile(const QString &path)
@@ -408,50 +505,20 @@ Picture pictureFromFile(const QString &path)
 
 bool saveImage(const Picture &picture, const QString &path, const QString &mimeType, int quality)
 {
-    const QString suffix = findEncoder(mimeType);
-    if (suffix.isEmpty()) {
-        detail::setLast(InvalidParameter, u"no encoder for "_s % mimeType);
-        detail::report(u"Encoder Error"_s, u"Es konnte kein passender Encoder ermittelt werden !"_s);
+    const EncoderChoice encoder = chooseEncoder(mimeType);
+    if (encoder.suffix.isEmpty())
         return false;
-    }
     const vips::VImage *source = PictureAccess::image(picture);
     if (source == nullptr)
         return detail::fail(InvalidParameter);
     if (!isStarted())
         return detail::fail(GdiplusNotInitialized);
 
-    const bool jpeg = suffix == u".jpg"_s;
-    const bool lossy = jpeg || suffix == u".webp"_s || suffix == u".avif"_s || suffix == u".heic"_s
-                       || suffix == u".jxl"_s || suffix == u".tif"_s;
-    // libjpeg treats quality 0 as 1; the encoders here start at 1.
-    const int q = std::max(1, std::clamp(quality, 0, 100));
-
-    void *buffer = nullptr;
-    size_t size = 0;
+    QByteArray bytes;
     Failure failure {Ok, {}};
-    const bool encoded = guarded([&] {
-        vips::VImage image = *source;
-        if (jpeg && image.has_alpha())
-            image = image.flatten(vips::VImage::option()->set("background", std::vector<double> {255.0}));
-        image = toUchar(image);
-        vips::VOption *options = vips::VImage::option()->set("strip", true);
-        if (lossy)
-            options->set("Q", q);
-        if (jpeg)
-            options->set("optimize_coding", true);
-        image.write_to_buffer(suffix.toLatin1().constData(), &buffer, &size, options);
-    }, failure);
-    if (!encoded)
+    if (!guarded([&] { bytes = encode(*source, encoder, quality); }, failure))
         return detail::fail(failure.status, failure.message);
-
-    QByteArray bytes(static_cast<const char *>(buffer), qsizetype(size));
-    g_free(buffer);
-    if (jpeg)
-        bytes = withJfifHeader(bytes);
-    const int status = detail::writeFileAtomically(path, bytes.constData(), bytes.size());
-    if (status != Ok)
-        return detail::fail(status, lastErrorMessage());
-    return true;
+    return writeEncoded(bytes, path);
 }
 
 bool saveJpeg(const Picture &picture, const QString &path, int quality)
@@ -490,7 +557,20 @@ RgbaImage loadPreviewFromData(const QByteArray &data, int maxWidth, int maxHeigh
             vips::VOption *options = vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL);
             if (shrink > 1)
                 options->set("shrink", shrink);
-            return vips::VImage::new_from_buffer(data.constData(), size_t(data.size()), "", options);
+            const bool allFormats = detail::formatModulesLoaded();
+            try {
+                return vips::VImage::new_from_buffer(data.constData(), size_t(data.size()), "", options);
+            } catch (const vips::VError &) {
+                // Perhaps one of the modules' formats.
+                if (allFormats)
+                    throw;
+                vips_error_clear();
+                detail::loadFormatModules();
+            }
+            vips::VOption *again = vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL);
+            if (shrink > 1)
+                again->set("shrink", shrink);
+            return vips::VImage::new_from_buffer(data.constData(), size_t(data.size()), "", again);
         };
         result = previewImage(open, maxWidth, maxHeight);
     }, failure);

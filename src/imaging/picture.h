@@ -22,7 +22,7 @@ namespace valtrona::imaging {
 ///   any other value                      -> as 7
 ///   Every kernel except nearest is widened by the shrink factor when
 ///   reducing, so all of them are antialiased; large JPEG downscales first
-///   shrink while decoding to no less than twice the target size.
+///   shrink while decoding, never below the target size.
 /// smoothing (SMT): has no effect; it governs lines and shapes, not images.
 /// pixelOffset (PXL): has no effect; pixel centres are always at +0.5.
 /// compositingQuality (CMP): 3 (gamma corrected) resamples in linear light,
@@ -86,6 +86,19 @@ private:
 /// included) and to 8 bits per channel. Returns a null picture on failure,
 /// its status passed to checkStatus().
 Picture drawFile(const QString &path, int width, int height, const DrawModes &modes = {});
+
+/// Draws an image file as drawFile() does and saves the result straight away
+/// with the encoder for a MIME type, as saveImage() does (quality clamped,
+/// no metadata, JPEG transparency flattened onto white): the pixels stream
+/// from the decoder through the resampler into the encoder without a whole
+/// picture ever being held, so it is faster and leaner than drawFile() and
+/// saveImage() one after the other. The file is encoded completely before it
+/// is written under a temporary name and renamed into place, so a failure
+/// (unreadable or truncated source, full disk) leaves no file and a source
+/// may be its own target. Returns false on failure, its status passed to
+/// checkStatus(); a missing encoder is reported as by saveImage().
+bool drawFileToFile(const QString &source, const QString &target, int width, int height,
+                    const DrawModes &modes, const QString &mimeType, int quality);
 
 /// Decodes an image file at its own size (sRGB, 8 bits per channel).
 /// A missing file gives a null picture without any report.

@@ -175,6 +175,40 @@ TEST_F(CliRunTest, FourJobsGiveTheSameRowsAndFilesAsOne)
         EXPECT_EQ(test::readAll(box.filePath(u"four/"_s + name)), test::readAll(box.filePath(u"one/"_s + name)));
 }
 
+// BMP is read by one of the image library's format modules, which are loaded
+// when the first file needs them; with several jobs, two workers ask at once.
+TEST_F(CliRunTest, ModuleFormatsConvertAlikeWithOneJobOrFour)
+{
+    const QString bmp = box.filePath(u"src/picture.bmp"_s);
+    QDir().mkpath(box.filePath(u"src"_s));
+    ASSERT_EQ(QProcess::execute(u"vips"_s, {u"magicksave"_s, test::dataPath(u"run/photo.jpg"_s), bmp}), 0);
+    QStringList sources;
+    for (const QString &name : {u"a.bmp"_s, u"b.bmp"_s, u"c.jpg"_s, u"d.bmp"_s, u"e.bmp"_s, u"f.jpg"_s}) {
+        const QString path = name.endsWith(u".bmp"_s) ? box.filePath(u"src/"_s + name) : source(u"photo.jpg"_s, name);
+        if (name.endsWith(u".bmp"_s)) {
+            ASSERT_TRUE(QFile::copy(bmp, path));
+        }
+        sources.append(path);
+    }
+    const QStringList options {u"--style"_s, u"3"_s, u"--width"_s, u"120"_s};
+
+    const CliResult one = runCli(options + QStringList {u"--out"_s, u"one"_s, u"--jobs"_s, u"1"_s} + sources);
+    const CliResult four = runCli(options + QStringList {u"--out"_s, u"four"_s, u"--jobs"_s, u"4"_s} + sources);
+    EXPECT_EQ(one.exitCode, 0) << one.out.toStdString();
+    EXPECT_EQ(four.exitCode, 0) << four.out.toStdString();
+    EXPECT_EQ(four.out, one.out);
+    const QStringList written = filesBelow(box.filePath(u"one"_s));
+    ASSERT_EQ(written.size(), 6);
+    EXPECT_EQ(filesBelow(box.filePath(u"four"_s)), written);
+    for (const QString &name : written) {
+        EXPECT_EQ(test::readAll(box.filePath(u"four/"_s + name)), test::readAll(box.filePath(u"one/"_s + name)));
+        int width = 0;
+        int height = 0;
+        EXPECT_TRUE(imaging::measure(box.filePath(u"four/"_s + name), width, height));
+        EXPECT_EQ(width, 120) << name.toStdString();
+    }
+}
+
 // Large sources, so that a conversion takes long enough to be interrupted.
 QStringList largeSources(const Sandbox &box, int count)
 {

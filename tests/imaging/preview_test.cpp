@@ -59,8 +59,10 @@ TEST_F(PreviewTest, ShowsThePictureFromFileOrMemory)
     const QString ppm = m_sandbox.filePath(u"b.ppm"_s);
     writePnm(ppm, source);
     ASSERT_TRUE(runTool(u"vips"_s, {u"magicksave"_s, ppm, bmp}));
-    EXPECT_TRUE(imagesClose(firstChannels(pixelsOf(imaging::loadPreview(bmp, 0, 0)), 3), source, 0, 0.0));
+    // BMP is read by a format module, which the layer loads on first need:
+    // here from memory, then from a file.
     EXPECT_TRUE(imagesClose(firstChannels(pixelsOf(imaging::loadPreviewFromData(readAll(bmp), 0, 0)), 3), source, 0, 0.0));
+    EXPECT_TRUE(imagesClose(firstChannels(pixelsOf(imaging::loadPreview(bmp, 0, 0)), 3), source, 0, 0.0));
 }
 
 TEST_F(PreviewTest, BadInputGivesANullImage)
