@@ -197,9 +197,9 @@ TEST_F(CliRunTest, ModuleFormatsConvertAlikeWithOneJobOrFour)
     EXPECT_EQ(one.exitCode, 0) << one.out.toStdString();
     EXPECT_EQ(four.exitCode, 0) << four.out.toStdString();
     EXPECT_EQ(four.out, one.out);
-    const QStringList written = filesBelow(box.filePath(u"one"_s));
+    const QStringList written = test::filesBelow(box.filePath(u"one"_s));
     ASSERT_EQ(written.size(), 6);
-    EXPECT_EQ(filesBelow(box.filePath(u"four"_s)), written);
+    EXPECT_EQ(test::filesBelow(box.filePath(u"four"_s)), written);
     for (const QString &name : written) {
         EXPECT_EQ(test::readAll(box.filePath(u"four/"_s + name)), test::readAll(box.filePath(u"one/"_s + name)));
         int width = 0;
