@@ -15,41 +15,13 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QImage>
-#include <QPainter>
-#include <QRandomGenerator>
 #include <QTemporaryDir>
 
 #include "app/sourcelist.h"
 #include "imaging/imaging.h"
+#include "support/benchphoto.h"
 
 using namespace valtrona;
-
-namespace {
-
-void makePhoto(const QString &path)
-{
-    // Gradient with fine noise, so the decoder sees something like a photo.
-    QImage image(6000, 4000, QImage::Format_RGB32);
-    QPainter painter(&image);
-    QLinearGradient gradient(0, 0, image.width(), image.height());
-    gradient.setColorAt(0.0, QColor(30, 90, 160));
-    gradient.setColorAt(1.0, QColor(220, 190, 120));
-    painter.fillRect(image.rect(), gradient);
-    painter.end();
-    QRandomGenerator random(4711);
-    for (int y = 0; y < image.height(); ++y) {
-        auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
-        for (int x = 0; x < image.width(); ++x) {
-            const int n = int(random.bounded(24u)) - 12;
-            line[x] = qRgb(qBound(0, qRed(line[x]) + n, 255), qBound(0, qGreen(line[x]) + n, 255),
-                           qBound(0, qBlue(line[x]) + n, 255));
-        }
-    }
-    image.save(path, "JPEG", 90);
-}
-
-} // namespace
 
 int main(int argc, char **argv)
 {
@@ -59,7 +31,7 @@ int main(int argc, char **argv)
     QTemporaryDir dir;
     QString photo = argc > 2 ? QString::fromLocal8Bit(argv[2]) : dir.filePath(QStringLiteral("photo.jpg"));
     if (!QFile::exists(photo))
-        makePhoto(photo);
+        bench::makePhoto(photo, QSize(6000, 4000));
 
     QStringList paths;
     for (int i = 1; i <= count; ++i) {

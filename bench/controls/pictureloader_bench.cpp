@@ -18,39 +18,14 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QImage>
-#include <QPainter>
-#include <QRandomGenerator>
 #include <QTemporaryDir>
 
 #include "controls/pictureloader.h"
+#include "support/benchphoto.h"
 
 using namespace valtrona;
 
 namespace {
-
-void makePhoto(const QString &path)
-{
-    // Smooth gradients with fine noise: close to a camera photo for the
-    // decoder, unlike a flat colour that compresses to nothing.
-    QImage image(7296, 5472, QImage::Format_RGB32);
-    QPainter painter(&image);
-    QLinearGradient gradient(0, 0, image.width(), image.height());
-    gradient.setColorAt(0.0, QColor(30, 90, 160));
-    gradient.setColorAt(0.5, QColor(220, 190, 120));
-    gradient.setColorAt(1.0, QColor(40, 110, 50));
-    painter.fillRect(image.rect(), gradient);
-    painter.end();
-    QRandomGenerator random(4711);
-    for (int y = 0; y < image.height(); ++y) {
-        auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
-        for (int x = 0; x < image.width(); ++x) {
-            const int n = int(random.bounded(24u)) - 12;
-            line[x] = qRgb(qBound(0, qRed(line[x]) + n, 255), qBound(0, qGreen(line[x]) + n, 255),
-                           qBound(0, qBlue(line[x]) + n, 255));
-        }
-    }
-    image.save(path, "JPEG", 90);
-}
 
 struct Timing
 {
@@ -92,7 +67,7 @@ int main(int argc, char **argv)
     const QString path = argc > 1 ? QString::fromLocal8Bit(argv[1])
                                   : dir.filePath(QStringLiteral("photo40mp.jpg"));
     if (!QFile::exists(path))
-        makePhoto(path);
+        bench::makePhoto(path, QSize(7296, 5472));
 
     const QSize rows[] = {{160, 120}, {320, 240}, {640, 480}, {1280, 960}, {1920, 1440}, {}};
     std::printf("%-14s %12s %12s\n", "shown size", "wall ms", "cpu ms");
