@@ -126,24 +126,6 @@ TEST_F(DrawToFileTest, QualityIsClampedAndTransparencyFlattened)
                             white, 2, 0.5));
 }
 
-// Makes every file write beyond `bytes` fail, as on a full disk.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_saved);
-        rlimit limit = m_saved;
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &m_saved); }
-
-private:
-    rlimit m_saved {};
-};
-
 TEST_F(DrawToFileTest, FailuresLeaveNoFileAndKeepAnOldTarget)
 {
     // The pixels of a cut-off JPEG run out while the encoder is already
@@ -180,7 +162,7 @@ TEST_F(DrawToFileTest, FailuresLeaveNoFileAndKeepAnOldTarget)
         EXPECT_EQ(entries(), before) << qPrintable(c.source);
     }
     {
-        FileSizeLimit limit(200);
+        test::FileSizeLimit limit(200);
         EXPECT_FALSE(imaging::drawFileToFile(good, old, 400, 300, {}, kJpeg, 95));
     }
     EXPECT_EQ(readAll(old), QByteArray("old content"));

@@ -48,24 +48,6 @@ protected:
     imaging::Picture m_picture;
 };
 
-// Makes every file write beyond `bytes` fail, as on a full disk.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_saved);
-        rlimit limit = m_saved;
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &m_saved); }
-
-private:
-    rlimit m_saved {};
-};
-
 TEST_F(SaveTest, PngKeepsEveryPixel)
 {
     const QString path = m_sandbox.filePath(u"out.png"_s);
@@ -185,7 +167,7 @@ TEST_F(SaveTest, FullDiskKeepsTheOldTargetAndLeavesNoTemporaryFile)
     const QString copyTarget = m_sandbox.writeFile(u"copy.ppm"_s, "old copy");
     const QStringList before = entries();
     {
-        FileSizeLimit limit(200);
+        test::FileSizeLimit limit(200);
         EXPECT_FALSE(imaging::saveJpeg(m_picture, target, 95));
         EXPECT_FALSE(imaging::savePng(m_picture, target));
         EXPECT_FALSE(imaging::copyFile(m_sourcePath, copyTarget));

@@ -7,6 +7,8 @@
 
 #include <ostream>
 
+#include <sys/resource.h>
+
 /// Prints a QString readably in GoogleTest failure messages.
 void PrintTo(const QString &text, std::ostream *out);
 
@@ -56,5 +58,19 @@ QByteArray readAll(const QString &path);
 /// Every file below a directory, hidden ones included, as sorted paths
 /// relative to it.
 QStringList filesBelow(const QString &root);
+
+/// Makes every file write beyond `bytes` fail, as on a full disk, for as
+/// long as it lives (the process's file-size limit; SIGXFSZ is ignored).
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes);
+    ~FileSizeLimit();
+    FileSizeLimit(const FileSizeLimit &) = delete;
+    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
+
+private:
+    rlimit m_saved {};
+};
 
 } // namespace valtrona::test
