@@ -227,6 +227,8 @@ public:
 
     bool deleteSources() override { return m_window.m_chkDel->isChecked(); }
 
+    void fileFailed(const QString &, const Error &) override {}
+
     void runEnded() override { m_window.setWindowTitle(m_window.m_programTitle); }
 
 private:

@@ -60,4 +60,9 @@ bool OffThreadImaging::writeExif(const QString &target, const QByteArray &block)
     return m_inner.writeExif(target, block);
 }
 
+Error OffThreadImaging::lastError()
+{
+    return m_inner.lastError();
+}
+
 } // namespace valtrona

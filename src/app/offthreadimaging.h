@@ -24,6 +24,7 @@ public:
     bool copyFile(const QString &source, const QString &target) override;
     std::optional<QByteArray> readExif(const QString &source) override;
     bool writeExif(const QString &target, const QByteArray &block) override;
+    Error lastError() override;
 
 private:
     bool offThread(const std::function<bool()> &work);

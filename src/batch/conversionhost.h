@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/error.h"
+
 #include <QList>
 #include <QString>
 
@@ -62,6 +64,10 @@ public:
     virtual FileInputs fileInputs() = 0;
     /// Whether "Quelldateien nach Bearbeitung löschen" is set now.
     virtual bool deleteSources() = 0;
+    /// File `source` was reported with an "ERR" row; `error` says why
+    /// (errorText() gives the German reason). Called right after that row.
+    virtual void fileFailed(const QString &source, const Error &error) = 0;
+
     /// The run has ended (finished or stopped): reset controls and caption.
     virtual void runEnded() = 0;
 };

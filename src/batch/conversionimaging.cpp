@@ -61,4 +61,22 @@ bool LibraryImaging::writeExif(const QString &target, const QByteArray &block)
     return imaging::writeExif(target, block);
 }
 
+Error LibraryImaging::lastError()
+{
+    const QString message = imaging::lastErrorMessage();
+    switch (imaging::lastStatus()) {
+    case imaging::FileNotFound:
+        return {ErrorCode::SourceMissing, message};
+    case imaging::UnknownImageFormat:
+        return {ErrorCode::UnknownFormat, message};
+    case imaging::ValueOverflow:
+    case imaging::OutOfMemory:
+        return {ErrorCode::TooLarge, message};
+    case imaging::AccessDenied:
+        return {ErrorCode::TargetNotWritable, message};
+    default:
+        return {ErrorCode::Internal, message};
+    }
+}
+
 } // namespace valtrona

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/error.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -51,6 +53,8 @@ public:
     virtual std::optional<QByteArray> readExif(const QString &source) = 0;
     /// Puts an EXIF block in front of a JPEG target; false when the target is not fit for it.
     virtual bool writeExif(const QString &target, const QByteArray &block) = 0;
+    /// Why the calling thread's last failed call failed.
+    virtual Error lastError() = 0;
 };
 
 /// ConversionImaging over the program's imaging layer.
@@ -64,6 +68,7 @@ public:
     bool copyFile(const QString &source, const QString &target) override;
     std::optional<QByteArray> readExif(const QString &source) override;
     bool writeExif(const QString &target, const QByteArray &block) override;
+    Error lastError() override;
 };
 
 } // namespace valtrona

@@ -196,10 +196,11 @@ void ConversionRun::runSequential(const RunParameters &parameters, const QString
         std::optional<QByteArray> exif;
         if (task.copyExif)
             exif = m_imaging.readExif(task.source);
-        const bool converted = convertPicture(task, toHost, m_drawingSettings);
+        Error failure;
+        const bool converted = convertPicture(task, toHost, m_drawingSettings, failure);
         if (converted && exif)
             m_imaging.writeExif(task.target, *exif);
-        finishFile(task, converted, summary);
+        finishFile(task, converted, failure, summary);
     }
     addRow(runtext::finished(), StatusKind::Info);
 }
@@ -224,7 +225,7 @@ ConversionRun::FileTask ConversionRun::prepareFile(const RunParameters &paramete
 }
 
 bool ConversionRun::convertPicture(const FileTask &task, const RowSink &sink,
-                                   const DrawingSettingsReader &drawing)
+                                   const DrawingSettingsReader &drawing, Error &failure)
 {
     // The size as its text would read ("4000 x 3000"); the numbers are what
     // the rest works with.
@@ -240,8 +241,10 @@ bool ConversionRun::convertPicture(const FileTask &task, const RowSink &sink,
     request.sourceHeight = size.height;
     const TargetSize target = computeTargetSize(request);
     sink({targetSizeStatusText(target), int(StatusKind::Info), QString()});
-    if (!target.usable)
+    if (!target.usable) {
+        failure = size.width == 0 && size.height == 0 ? m_imaging.lastError() : Error {ErrorCode::SizeUnusable, {}};
         return false;
+    }
 
     sink({u"Dateiname : "_s + files::fileNamePart(task.target), int(StatusKind::Info), task.target});
     const DrawingSettings settings = drawing ? drawing() : task.drawing;
@@ -251,22 +254,29 @@ bool ConversionRun::convertPicture(const FileTask &task, const RowSink &sink,
                   + QString::number(size.height) + u')',
               int(StatusKind::Info), QString()});
         const bool copied = m_imaging.copyFile(task.source, task.target);
+        if (!copied)
+            failure = m_imaging.lastError();
         return copied && QFileInfo(task.target).isFile();
     }
     if (size.measured) {
         const bool saved = m_imaging.drawAndSave(task.source, task.target, target.width,
                                                  target.height, settings, task.formatCode);
+        if (!saved)
+            failure = m_imaging.lastError();
         return saved && QFileInfo(task.target).isFile();
     }
+    failure = {ErrorCode::UnknownFormat, {}};
     sink({u"Ungültiges Dateiformat ("_s + files::extensionPart(task.source) + u')',
           int(StatusKind::Error), QString()});
     return false;
 }
 
-void ConversionRun::finishFile(const FileTask &task, bool converted, RunSummary &summary)
+void ConversionRun::finishFile(const FileTask &task, bool converted, const Error &failure,
+                               RunSummary &summary)
 {
     if (!converted) {
         addRow(runtext::failure(), StatusKind::Error);
+        m_host.fileFailed(task.source, failure);
         ++summary.failed;
         return;
     }
@@ -314,6 +324,7 @@ struct ParallelSlot
 {
     SlotState state = SlotState::Queued;
     bool converted = false;
+    Error failure;
     QList<StatusRow> rows;
 };
 
@@ -357,13 +368,14 @@ void ConversionRun::runParallel(const RunParameters &parameters, const QString &
 
             files::createDirectoryChain(files::directoryPart(task.target));
             bool converted = false;
+            Error failure;
             QList<StatusRow> rows;
             if (!stop) {
                 const RowSink collect = [&rows](const StatusRow &row) { rows.append(row); };
                 std::optional<QByteArray> exif;
                 if (task.copyExif)
                     exif = m_imaging.readExif(task.source);
-                converted = convertPicture(task, collect, DrawingSettingsReader());
+                converted = convertPicture(task, collect, DrawingSettingsReader(), failure);
                 if (converted && exif)
                     m_imaging.writeExif(task.target, *exif);
             }
@@ -371,6 +383,7 @@ void ConversionRun::runParallel(const RunParameters &parameters, const QString &
             lock.lock();
             slot.rows = std::move(rows);
             slot.converted = converted;
+            slot.failure = failure;
             slot.state = stop ? SlotState::Stopped : SlotState::Done;
             workDone.notify_all();
         }
@@ -450,7 +463,7 @@ void ConversionRun::runParallel(const RunParameters &parameters, const QString &
         for (const StatusRow &row : std::as_const(slot.rows))
             m_host.addStatusRow(row);
         slot.rows.clear();
-        finishFile(task, slot.converted, summary);
+        finishFile(task, slot.converted, slot.failure, summary);
     }
 
     {

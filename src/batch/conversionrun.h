@@ -76,9 +76,10 @@ private:
     using RowSink = std::function<void(const StatusRow &)>;
 
     FileTask prepareFile(const RunParameters &parameters, const QString &commonBase, int index) const;
-    bool convertPicture(const FileTask &task, const RowSink &sink, const DrawingSettingsReader &drawing);
+    bool convertPicture(const FileTask &task, const RowSink &sink, const DrawingSettingsReader &drawing,
+                        Error &failure);
     void carryExif(const FileTask &task);
-    void finishFile(const FileTask &task, bool converted, RunSummary &summary);
+    void finishFile(const FileTask &task, bool converted, const Error &failure, RunSummary &summary);
     void restartImaging(RunSummary &summary);
     void addRow(const QString &text, StatusKind kind, const QString &tag = QString());
 

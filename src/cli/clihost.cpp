@@ -165,6 +165,8 @@ bool CliHost::deleteSources()
     return m_deleteSources;
 }
 
+void CliHost::fileFailed(const QString &, const Error &) {}
+
 void CliHost::runEnded()
 {
     m_terminal.finish();

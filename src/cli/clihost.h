@@ -75,6 +75,7 @@ public:
     bool stopRequested() override;
     FileInputs fileInputs() override;
     bool deleteSources() override;
+    void fileFailed(const QString &source, const Error &error) override;
     void runEnded() override;
 
 private:

@@ -28,7 +28,7 @@ Unexpected<E> unexpected(E error)
 }
 
 template <typename T, typename E>
-class Expected
+class [[nodiscard]] Expected
 {
 public:
     Expected(T value) : m_data(std::in_place_index<0>, std::move(value)) {}
@@ -55,7 +55,7 @@ private:
 
 // Expected<void, E>: success carries nothing.
 template <typename E>
-class Expected<void, E>
+class [[nodiscard]] Expected<void, E>
 {
 public:
     Expected() = default;

@@ -4,7 +4,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QSet>
 
 #include <algorithm>
@@ -107,11 +106,6 @@ QFileInfoList sortedEntries(const QString &directory, bool includeHidden)
         return a.fileName() < b.fileName();
     });
     return entries;
-}
-
-bool statPath(const QString &path, struct stat &info)
-{
-    return ::stat(QFile::encodeName(path).constData(), &info) == 0;
 }
 
 FileError fileError(FileError::Code code, const QString &message)
@@ -264,88 +258,8 @@ qsizetype readFileText(const QString &path, QString &text)
 
 bool writeFileText(const QString &path, const QString &text)
 {
-    writeFileAtomically(path, text.toUtf8());
-    return fileExists(path);
-}
-
-namespace {
-
-FileError saveFileError(const QSaveFile &file, FileError::Code code, const QString &path)
-{
-    FileError error = fileError(code, file.errorString() + QStringLiteral(": ") + path);
-    error.accessDenied = file.error() == QFileDevice::PermissionsError;
-    return error;
-}
-
-// Opened unbuffered: with Qt's write buffer a failing write (disk full)
-// happens inside commit(), which then still renames the cut-off file into
-// place. Unbuffered, write() reports it and the temporary file is dropped.
-bool openForAtomicWrite(QSaveFile &file)
-{
-    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
-}
-
-} // namespace
-
-Expected<void, FileError> writeFileAtomically(const QString &path, QByteArrayView bytes)
-{
-    QSaveFile file(path);
-    if (!openForAtomicWrite(file))
-        return unexpected(saveFileError(file, FileError::Code::OpenFailed, path));
-    if (file.write(bytes.data(), bytes.size()) != bytes.size() || file.error() != QFileDevice::NoError) {
-        const FileError error = saveFileError(file, FileError::Code::WriteFailed, path);
-        file.cancelWriting();
-        return unexpected(error);
-    }
-    if (!file.commit())
-        return unexpected(saveFileError(file, FileError::Code::CommitFailed, path));
-    return {};
-}
-
-Expected<void, FileError> copyFileAtomically(const QString &source, const QString &target)
-{
-    struct stat sourceInfo {};
-    if (!statPath(source, sourceInfo))
-        return unexpected(fileError(FileError::Code::NotFound, QStringLiteral("no such file: ") + source));
-    // A pipe or a device would block the reader or never end.
-    if (!S_ISREG(sourceInfo.st_mode))
-        return unexpected(fileError(FileError::Code::OpenFailed, QStringLiteral("not a regular file: ") + source));
-
-    // Copying a file onto itself would at best replace it with itself; the
-    // source is left alone.
-    struct stat targetInfo {};
-    if (statPath(target, targetInfo) && targetInfo.st_dev == sourceInfo.st_dev
-        && targetInfo.st_ino == sourceInfo.st_ino) {
-        return {};
-    }
-
-    QFile in(source);
-    if (!in.open(QIODevice::ReadOnly))
-        return unexpected(fileError(FileError::Code::OpenFailed, in.errorString() + QStringLiteral(": ") + source));
-
-    QSaveFile out(target);
-    if (!openForAtomicWrite(out))
-        return unexpected(saveFileError(out, FileError::Code::OpenFailed, target));
-
-    constexpr qint64 chunkSize = qint64(1) << 20;
-    QByteArray buffer(chunkSize, Qt::Uninitialized);
-    for (;;) {
-        const qint64 got = in.read(buffer.data(), chunkSize);
-        if (got < 0) {
-            out.cancelWriting();
-            return unexpected(fileError(FileError::Code::ReadFailed, in.errorString() + QStringLiteral(": ") + source));
-        }
-        if (got == 0)
-            break;
-        if (out.write(buffer.constData(), got) != got || out.error() != QFileDevice::NoError) {
-            const FileError error = saveFileError(out, FileError::Code::WriteFailed, target);
-            out.cancelWriting();
-            return unexpected(error);
-        }
-    }
-    if (!out.commit())
-        return unexpected(saveFileError(out, FileError::Code::CommitFailed, target));
-    return {};
+    // A failed write may leave an older file standing, which still counts.
+    return writeFileAtomically(path, text.toUtf8()).has_value() || fileExists(path);
 }
 
 bool createDirectoryChain(const QString &path)

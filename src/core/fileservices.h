@@ -23,6 +23,7 @@
 //   ListFiles               listFiles
 //   DeleteToRecycleBin      deleteToRecycleBin, moveToTrash (core/trash.h)
 
+#include "core/error.h"
 #include "core/expected.h"
 
 #include <QDateTime>
@@ -117,17 +118,25 @@ qsizetype readFileText(const QString &path, QString &text);
 /// and rename; returns fileExists(path) afterwards.
 bool writeFileText(const QString &path, const QString &text);
 
-/// Writes `bytes` to a temporary file beside `path` and renames it into
-/// place, so `path` holds either its old content or all of the new one.
-/// Every write is checked, so a full disk fails the call and leaves the old
-/// file as it was.
-Expected<void, FileError> writeFileAtomically(const QString &path, QByteArrayView bytes);
+/// How an atomic write treats a symbolic link standing at the path.
+enum class AtLink {
+    Replace,     ///< the link itself is replaced by the file (outputs: never written through)
+    WriteTarget, ///< the file the link points to is rewritten (a settings file the user linked)
+};
 
-/// Copies `source` to `target` byte for byte: streamed in chunks into a
-/// temporary file beside the target, renamed into place on success, so the
-/// target is never left half-written. When both name the same file (also
-/// through a link), nothing is written and the call succeeds.
-Expected<void, FileError> copyFileAtomically(const QString &source, const QString &target);
+/// Writes `bytes` to an unnamed file in the folder of `path` and renames it
+/// into place, so `path` holds either its old content or all of the new one.
+/// Every write is checked, so a full disk fails the call and leaves the old
+/// file as it was. An existing file's permissions are kept. The folder must
+/// exist.
+Expected<void, Error> writeFileAtomically(const QString &path, QByteArrayView bytes,
+                                          AtLink atLink = AtLink::Replace);
+
+/// Copies `source` to `target` byte for byte, put into place like
+/// writeFileAtomically() (a link at `target` is replaced, not followed).
+/// When `target` already reaches the source file itself (the same name, a
+/// hard link, or a link to it), nothing is written and the call succeeds.
+Expected<void, Error> copyFileAtomically(const QString &source, const QString &target);
 
 // ---- Directories and file times -------------------------------------------
 

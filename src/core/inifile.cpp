@@ -495,7 +495,7 @@ bool editIniFile(const QString &file, const std::function<bool(IniDocument &)> &
         return false;
     if (document.bytes() == current.bytes)
         return true; // nothing to write; a missing file is not created empty
-    return files::writeFileAtomically(file, document.bytes()).has_value();
+    return files::writeFileAtomically(file, document.bytes(), files::AtLink::WriteTarget).has_value();
 }
 
 qint32 readIniInt(const QString &file, const QString &section, const QString &key,
@@ -654,7 +654,7 @@ bool tidyIniFile(const QString &file)
     const QByteArray tidied = tidiedIniText(current.bytes);
     if (trimmedControl(tidied) == trimmedControl(current.bytes))
         return false;
-    return files::writeFileAtomically(file, tidied).has_value();
+    return files::writeFileAtomically(file, tidied, files::AtLink::WriteTarget).has_value();
 }
 
 } // namespace valtrona

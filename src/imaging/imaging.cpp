@@ -274,7 +274,8 @@ int writeFileAtomically(const QString &path, const char *data, qint64 size)
 {
     const auto written = files::writeFileAtomically(path, QByteArrayView(data, size));
     if (!written) {
-        setLast(written.error().accessDenied ? AccessDenied : Win32Error, written.error().message);
+        const ErrorCode code = written.error().code;
+        setLast(code == ErrorCode::TargetNotWritable ? AccessDenied : Win32Error, written.error().detail);
         return t_lastStatus;
     }
     setLast(Ok);
@@ -456,11 +457,11 @@ bool copyFile(const QString &source, const QString &target)
 {
     const auto copied = files::copyFileAtomically(source, target);
     if (!copied) {
-        const files::FileError &error = copied.error();
-        const int status = error.code == files::FileError::Code::NotFound ? FileNotFound
-                           : error.accessDenied                    ? AccessDenied
-                                                                   : Win32Error;
-        detail::setLast(status, error.message);
+        const Error &error = copied.error();
+        const int status = error.code == ErrorCode::SourceMissing ? FileNotFound
+                           : error.code == ErrorCode::TargetNotWritable ? AccessDenied
+                                                                        : Win32Error;
+        detail::setLast(status, error.detail);
         return false;
     }
     detail::setLast(Ok);

@@ -56,6 +56,10 @@ public:
     bool stopRequested() override { return stop; }
     FileInputs fileInputs() override { return inputs; }
     bool deleteSources() override { return deleteSourcesSet; }
+    void fileFailed(const QString &source, const Error &error) override
+    {
+        events.append(u"failed "_s + QFileInfo(source).fileName() + u": "_s + errorText(error.code));
+    }
     void runEnded() override { ++ended; }
 
     // The rows as "KEY\ttext", the way the command line prints them.

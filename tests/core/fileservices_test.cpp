@@ -198,13 +198,13 @@ TEST(FileServices, AtomicCopy)
 
     const auto missing = files::copyFileAtomically(box.filePath(QStringLiteral("fehlt.jpg")), target);
     ASSERT_FALSE(missing.has_value());
-    EXPECT_EQ(missing.error().code, files::FileError::Code::NotFound);
-    EXPECT_FALSE(missing.error().message.isEmpty());
+    EXPECT_EQ(missing.error().code, valtrona::ErrorCode::SourceMissing);
+    EXPECT_FALSE(missing.error().detail.isEmpty());
     EXPECT_EQ(valtrona::test::readAll(target), big);
 
     const auto noDir = files::copyFileAtomically(source, box.filePath(QStringLiteral("fehlt/x.jpg")));
     ASSERT_FALSE(noDir.has_value());
-    EXPECT_EQ(noDir.error().code, files::FileError::Code::OpenFailed);
+    EXPECT_EQ(noDir.error().code, valtrona::ErrorCode::TargetNotWritable);
 
     const QString pipe = box.filePath(QStringLiteral("pipe.jpg"));
     ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
