@@ -1,8 +1,9 @@
 // valtrona-cli: the batch conversion of the window program, driven from the
 // command line. Rows on standard output, messages on standard error.
 
-#include "batch/conversionimaging.h"
 #include "batch/conversionrun.h"
+#include "batch/libraryimaging.h"
+#include "batch/workerpool.h"
 #include "batch/runsettings.h"
 #include "cli/clihost.h"
 #include "cli/clijob.h"
@@ -117,8 +118,7 @@ int main(int argc, char **argv)
 
     const int cores = std::max(1, QThread::idealThreadCount());
     const int jobs = options.jobs.value_or(cores);
-    // Several files at once share the cores; one file gets them all.
-    imaging::setConcurrency(jobs > 1 ? std::max(1, cores / jobs) : 0);
+    shareCoresAmong(jobs);
 #if defined(__GLIBC__)
     // Every thread that allocates would get a malloc arena of its own, each
     // keeping freed pixel buffers; a few shared arenas keep the peak down
@@ -144,9 +144,8 @@ int main(int argc, char **argv)
 
     cli::CliHost host(terminal, job->inputs, job->deleteSources, interrupts);
     LibraryImaging imagingLayer;
-    ConversionRun run(host, imagingLayer,
-                      [settingsFile] { return readSeededDrawingSettings(settingsFile); });
-    run.setJobs(jobs);
+    WorkerPool pool(jobs);
+    ConversionRun run(host, imagingLayer, pool, [settingsFile] { return readSeededDrawingSettings(settingsFile); });
     run.run(job->parameters);
 
     imaging::stop();
