@@ -47,6 +47,14 @@ namespace {
 
 const QString abortTitle = QStringLiteral("Abbruch");
 
+// Every format the imaging library here reads well. Qt's own file dialog
+// matches the patterns ignoring letter case, so "*.jpg" also shows "A.JPG".
+QString imageFileFilter()
+{
+    return QStringLiteral("Bilddateien (*.jpg *.jpeg *.jpe *.gif *.bmp *.png *.tif *.tiff *.webp *.heic *.heif "
+                          "*.avif *.jxl)");
+}
+
 QPushButton *makeButton(const QString &name, const QString &caption, QWidget *parent)
 {
     auto *button = new QPushButton(caption, parent);
@@ -711,7 +719,7 @@ void MainWindow::onConfigure()
 void MainWindow::onOpenFiles()
 {
     const QStringList filters = {
-        QStringLiteral("Bilddateien (*.jpg *.gif *.bmp *.png *.tif)"),
+        imageFileFilter(),
         QStringLiteral("Alle Dateien (*.*)"),
     };
     const QStringList files = m_env.dialogs->openFiles(this, QStringLiteral("Dateien wählen :"), filters);

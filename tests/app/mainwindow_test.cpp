@@ -560,8 +560,10 @@ TEST_F(MainWindowTest, OpenDialogOffersImagesThenAllFiles)
     auto window = open();
     click(*window, "cmdOpen");
     EXPECT_EQ(dialogs->shown.last().title, QStringLiteral("Dateien wählen :"));
-    EXPECT_EQ(dialogs->lastFilters, QStringList({QStringLiteral("Bilddateien (*.jpg *.gif *.bmp *.png *.tif)"),
-                                                 QStringLiteral("Alle Dateien (*.*)")}));
+    EXPECT_EQ(dialogs->lastFilters,
+              QStringList({QStringLiteral("Bilddateien (*.jpg *.jpeg *.jpe *.gif *.bmp *.png *.tif *.tiff *.webp "
+                                          "*.heic *.heif *.avif *.jxl)"),
+                           QStringLiteral("Alle Dateien (*.*)")}));
     EXPECT_EQ(window->sourceList()->count(), 0);
 }
 
