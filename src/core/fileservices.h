@@ -58,9 +58,10 @@ struct FileError
 QString fileNameFromNative(QByteArrayView bytes);
 
 /// The bytes of a path for the system: the reverse of fileNameFromNative().
-/// Only the queries and the walk below use it; elsewhere (Qt's file classes,
-/// the imaging library) a name with such bytes names no file, so such a
-/// source fails with the run's normal error row instead of vanishing.
+/// Only the queries and the walk below use it. Elsewhere (Qt's file classes,
+/// the imaging library) such a byte turns into U+FFFD on its way to the
+/// system, so the file is not reached and the run fails it with its normal
+/// error row, naming it, instead of leaving it out.
 QByteArray nativeFileName(const QString &path);
 
 // ---- Path text (no file-system access) ------------------------------------
