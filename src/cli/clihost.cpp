@@ -3,6 +3,7 @@
 #include "batch/conversionrun.h"
 
 #include <QStringBuilder>
+#include <QStringEncoder>
 
 using namespace Qt::StringLiterals;
 
@@ -21,7 +22,10 @@ QString clockText(qint64 ms)
 
 void writeLine(std::FILE *stream, const QString &line)
 {
-    const QByteArray bytes = line.toUtf8() + '\n';
+    // The encoder writes U+FFFD for a byte of a file name that is not UTF-8
+    // (kept as a lone surrogate), where toUtf8() would write "?".
+    QStringEncoder toUtf8(QStringEncoder::Utf8);
+    const QByteArray bytes = QByteArray(toUtf8(line)) + '\n';
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
     std::fflush(stream);
 }

@@ -72,19 +72,15 @@ Expected<QStringList, QString> collectSources(const QList<SourceArgument> &argum
                 QByteArray line = standardInput->readLine();
                 while (line.endsWith('\n') || line.endsWith('\r'))
                     line.chop(1);
-                list.add(QFile::decodeName(line));
+                list.add(files::fileNameFromNative(line));
             }
             break;
         case SourceArgument::Kind::Directory: {
-            files::ListFilesOptions walk;
-            walk.mask = u"*.jpg"_s;
-            walk.recurse = true;
-            walk.processEvents = false;
-            const auto found = files::listFiles(absolutePath(argument.value), walk);
+            const auto found = files::listJpegFiles(absolutePath(argument.value), false);
             if (!found)
                 return unexpected<QString>(u"Das Verzeichnis „"_s % argument.value
                                   % u"“ wurde nicht gefunden !"_s);
-            for (const QString &file : found->files)
+            for (const QString &file : *found)
                 list.add(file);
             break;
         }

@@ -27,8 +27,9 @@ struct CliJob
 /// Builds the source list from the source arguments in their order, the way
 /// the window's list adds files: every path made absolute, duplicates by
 /// exact path dropped (the first stays). "-" reads one path per line from
-/// `standardInput` (empty lines skipped); --dir adds every "*.jpg" below the
-/// directory. Fails with a German message when a --dir is not a directory.
+/// `standardInput` (empty lines skipped); --dir adds the photos below the
+/// directory as files::listJpegFiles() finds them. Fails with a German
+/// message when a --dir is not a directory.
 Expected<QStringList, QString> collectSources(const QList<SourceArgument> &arguments,
                                               QIODevice *standardInput);
 

@@ -104,7 +104,7 @@ const std::array<OptionSpec, 18> optionTable = {{
      [](CliOptions &o, const QString &) -> QString { o.exif = true; return {}; }},
     {u"delete-sources", nullptr, u"Quelldateien nach Bearbeitung löschen (in den Papierkorb)",
      [](CliOptions &o, const QString &) -> QString { o.deleteSources = true; return {}; }},
-    {u"dir", u"DIR", u"alle *.jpg unterhalb von DIR hinzufügen (wie „Verzeichnis laden“)",
+    {u"dir", u"DIR", u"alle *.jpg und *.jpeg unterhalb von DIR hinzufügen (wie „Verzeichnis laden“)",
      [](CliOptions &o, const QString &v) -> QString {
          o.sources.append({SourceArgument::Kind::Directory, v});
          return {};

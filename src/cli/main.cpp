@@ -8,6 +8,7 @@
 #include "cli/clijob.h"
 #include "cli/clioptions.h"
 #include "core/appinfo.h"
+#include "core/fileservices.h"
 #include "core/settings.h"
 #include "imaging/imaging.h"
 
@@ -15,6 +16,7 @@
 #include <QDir>
 #include <QFile>
 #include <QStringBuilder>
+#include <QStringEncoder>
 #include <QThread>
 
 #include <algorithm>
@@ -59,16 +61,22 @@ void installInterruptHandler()
     sigaction(SIGINT, &action, nullptr);
 }
 
+// A byte of a file name that is not UTF-8 is written as U+FFFD.
+void print(std::FILE *stream, const QString &text)
+{
+    QStringEncoder toUtf8(QStringEncoder::Utf8);
+    const QByteArray bytes = toUtf8(text);
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
+}
+
 void printError(const QString &text)
 {
-    const QByteArray bytes = (text + u'\n').toUtf8();
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
+    print(stderr, text + u'\n');
 }
 
 void printOut(const QString &text)
 {
-    const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
+    print(stdout, text);
 }
 
 } // namespace
@@ -79,7 +87,11 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationName(u"valtrona-cli"_s);
     QCoreApplication::setApplicationVersion(programVersion());
 
-    const auto parsed = cli::parseArguments(QCoreApplication::arguments().mid(1));
+    // From the raw bytes, so that file names which are not UTF-8 stay distinct.
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(files::fileNameFromNative(argv[i]));
+    const auto parsed = cli::parseArguments(arguments);
     if (!parsed) {
         printError(u"valtrona-cli: "_s % parsed.error());
         printError(u"Hilfe mit: valtrona-cli --help"_s);

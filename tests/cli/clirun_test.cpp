@@ -124,6 +124,18 @@ TEST_F(CliRunTest, RowsOnStandardOutputAndExitStatusByErrors)
     EXPECT_TRUE(bad.out.contains(u"ERR\tFehler beim Verarbeiten des Bildes\n"_s));
     // The imaging layer's report goes to standard error.
     EXPECT_TRUE(bad.err.contains(u"GDI Error"_s)) << bad.err.toStdString();
+
+    // Photos whose names are not UTF-8 (an old Latin-1 card) are not left
+    // out: each gets its rows, named with the replacement character, and
+    // fails with the normal error row.
+    const QByteArray jpeg = test::readAll(photo);
+    box.writeNativeFile("latin/\xe4rger.jpg", jpeg);
+    box.writeNativeFile("latin/\xf6rger.jpg", jpeg);
+    const CliResult latin = runCli(options + QStringList {u"--dir"_s, u"latin"_s});
+    EXPECT_EQ(latin.exitCode, 1);
+    EXPECT_TRUE(latin.out.startsWith(u"INF\tBearbeite 2 Bilder\n"_s)) << latin.out.toStdString();
+    EXPECT_EQ(latin.out.count(u"PIC\tBearbeite Bild : \uFFFDrger.jpg\n"_s), 2) << latin.out.toStdString();
+    EXPECT_EQ(latin.out.count(u"ERR\t"_s), 2) << latin.out.toStdString();
 }
 
 TEST_F(CliRunTest, DefaultsComeFromTheSettingsFileWhichStaysUntouched)
