@@ -1,5 +1,6 @@
 #include "cli/clioptions.h"
 
+#include <QRegularExpression>
 #include <QStringBuilder>
 
 #include <algorithm>
@@ -36,18 +37,13 @@ std::optional<int> parseInt(const QString &text)
 // A whole number, saturated to the int range: "2147483648" gives INT_MAX.
 std::optional<int> parseSaturated(const QString &text)
 {
-    const QString trimmed = text.trimmed();
-    const qsizetype digitsFrom = trimmed.startsWith(u'-') || trimmed.startsWith(u'+') ? 1 : 0;
-    if (trimmed.size() == digitsFrom)
+    static const QRegularExpression wholeNumber(u"^\\s*[+-]?[0-9]+\\s*$"_s);
+    if (!wholeNumber.match(text).hasMatch())
         return std::nullopt;
-    for (qsizetype i = digitsFrom; i < trimmed.size(); ++i) {
-        if (trimmed.at(i) < u'0' || trimmed.at(i) > u'9')
-            return std::nullopt;
-    }
     bool ok = false;
-    const qlonglong value = trimmed.toLongLong(&ok);
+    const qlonglong value = text.trimmed().toLongLong(&ok);
     if (!ok) // beyond even 64 bits
-        return trimmed.startsWith(u'-') ? INT_MIN : INT_MAX;
+        return text.contains(u'-') ? INT_MIN : INT_MAX;
     return int(std::clamp<qlonglong>(value, INT_MIN, INT_MAX));
 }
 
