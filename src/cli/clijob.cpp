@@ -8,6 +8,8 @@
 #include <QSet>
 #include <QStringBuilder>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace valtrona::cli {
@@ -125,6 +127,19 @@ Expected<CliJob, QString> resolveJob(const CliOptions &options, const LastParame
     parameters.keepDirectoryStructure = options.keepDirs;
     job.deleteSources = options.deleteSources;
     return job;
+}
+
+JobCount jobCount(std::optional<int> requested, int cores)
+{
+    const int most = 2 * std::max(1, cores);
+    if (!requested)
+        return {std::min(std::max(1, cores), most), QString()};
+    JobCount count;
+    count.jobs = std::clamp(*requested, 1, most);
+    if (count.jobs != *requested)
+        count.notice = u"valtrona-cli: --jobs liegt außerhalb von 1 bis "_s % QString::number(most)
+            % u", verwendet wird "_s % QString::number(count.jobs);
+    return count;
 }
 
 } // namespace valtrona::cli

@@ -14,6 +14,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace valtrona::cli {
 
 /// Everything a command-line run needs.
@@ -41,5 +43,17 @@ Expected<QStringList, QString> collectSources(const QList<SourceArgument> &argum
 /// kein Zielverzeichnis gewählt !".
 Expected<CliJob, QString> resolveJob(const CliOptions &options, const LastParameters &last,
                                      const QStringList &sources);
+
+/// How many files a run converts at once.
+struct JobCount
+{
+    int jobs = 1;
+    QString notice; ///< German line for standard error when `requested` was changed, else empty
+};
+
+/// The files converted at once: `requested` (the number of cores when not
+/// given) kept within 1 to twice the number of cores; more would only
+/// multiply the memory held without converting faster.
+JobCount jobCount(std::optional<int> requested, int cores);
 
 } // namespace valtrona::cli
