@@ -6,6 +6,7 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QDir>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -44,6 +45,14 @@ namespace valtrona {
 namespace {
 
 const QString abortTitle = QStringLiteral("Abbruch");
+
+// Every format the imaging library here reads well. Qt's own file dialog
+// matches the patterns ignoring letter case, so "*.jpg" also shows "A.JPG".
+QString imageFileFilter()
+{
+    return QStringLiteral("Bilddateien (*.jpg *.jpeg *.jpe *.gif *.bmp *.png *.tif *.tiff *.webp *.heic *.heif "
+                          "*.avif *.jxl)");
+}
 
 QPushButton *makeButton(const QString &name, const QString &caption, QWidget *parent)
 {
@@ -708,7 +717,7 @@ void MainWindow::onConfigure()
 void MainWindow::onOpenFiles()
 {
     const QStringList filters = {
-        QStringLiteral("Bilddateien (*.jpg *.gif *.bmp *.png *.tif)"),
+        imageFileFilter(),
         QStringLiteral("Alle Dateien (*.*)"),
     };
     const QStringList files = m_env.dialogs->openFiles(this, QStringLiteral("Dateien wählen :"), filters);
@@ -726,15 +735,31 @@ void MainWindow::onOpenFolder()
         return;
     m_lastSourceFolder = folder;
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    files::ListFilesOptions options;
-    options.mask = QStringLiteral("*.jpg");
-    options.recurse = true;
-    const auto walk = files::listFiles(folder, options);
+    const auto photos = files::listJpegFiles(folder);
     QApplication::restoreOverrideCursor();
-    if (!walk || walk->files.isEmpty())
+    if (!photos || photos->isEmpty())
         return;
-    m_lv->addSourceFiles(walk->files);
+    m_lv->addSourceFiles(*photos);
     updateSourceCount();
+}
+
+QStringList MainWindow::addStartPaths(const QStringList &paths)
+{
+    QStringList existing;
+    QStringList missing;
+    for (const QString &path : paths) {
+        const QString absolute = path.isEmpty() ? QString() : QDir::cleanPath(QDir::current().absoluteFilePath(path));
+        if (files::pathExists(absolute))
+            existing.append(absolute);
+        else
+            missing.append(path);
+    }
+    const QStringList sources = files::expandFolders(existing, false);
+    if (!sources.isEmpty()) {
+        m_lv->addSourceFiles(sources);
+        updateSourceCount();
+    }
+    return missing;
 }
 
 void MainWindow::onRemoveSelected()

@@ -2,6 +2,7 @@
 
 #include <QSize>
 #include <QString>
+#include <QStringList>
 #include <QWidget>
 
 #include <atomic>
@@ -62,6 +63,13 @@ public:
     /// parameters, imaging. Returns false when imaging cannot start (the
     /// message has been shown then and the program is to end).
     bool start();
+
+    /// Adds the files and folders the program was started with ("Open with"
+    /// of a file manager), after start(): each path made absolute against
+    /// the working directory, folders walked as "Verzeichnis laden" walks
+    /// them, files taken in the given order; then the count label follows.
+    /// Returns the paths that do not exist (they are skipped).
+    QStringList addStartPaths(const QStringList &paths);
 
     /// Number of the card shown, 1 to 3.
     int currentCard() const;

@@ -1,5 +1,7 @@
 #include "app/sourcelist.h"
 
+#include "core/fileservices.h"
+
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -37,10 +39,14 @@ public:
     }
 };
 
-QString fileNameOf(const QString &path)
+// The file a dropped URL names, spelled as the folder walk spells names: a
+// name that is not valid UTF-8 keeps its own text instead of collapsing
+// into another one.
+QString localPathOf(const QUrl &url)
 {
-    const qsizetype cut = std::max(path.lastIndexOf(QLatin1Char('/')), path.lastIndexOf(QLatin1Char('\\')));
-    return cut < 0 ? path : path.mid(cut + 1);
+    if (!url.host().isEmpty())
+        return url.toLocalFile();
+    return files::fileNameFromNative(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()));
 }
 
 class WaitCursor
@@ -118,7 +124,7 @@ int SourceList::addSourceFiles(const QStringList &paths)
         known.insert(path);
 
         auto *row = new SourceItem;
-        row->setText(NameColumn, fileNameOf(path));
+        row->setText(NameColumn, files::fileNamePart(path));
         row->setData(NameColumn, PathRole, path);
         row->setIcon(NameColumn, iconFor(path));
         const QFileInfo info(path);
@@ -256,10 +262,11 @@ void SourceList::dropEvent(QDropEvent *event)
     const QList<QUrl> urls = event->mimeData()->urls();
     for (const QUrl &url : urls) {
         if (url.isLocalFile())
-            names.append(url.toLocalFile());
+            names.append(localPathOf(url));
     }
     event->acceptProposedAction();
-    addSourceFiles(names);
+    // A dropped folder brings its photos, as "Verzeichnis laden" would.
+    addSourceFiles(files::expandFolders(names, false));
 }
 
 void SourceList::onItemClicked(QTreeWidgetItem *item)

@@ -17,8 +17,10 @@ class QMouseEvent;
 namespace valtrona {
 
 /// The list of source images on the first card: one row per file with
-/// name, size and pixel dimensions, keyed by the exact path text.
-/// Sorting alternates per column; the preview follows clicks and presses.
+/// name, size and pixel dimensions, keyed by the exact path text. Dropped
+/// files are added as they are; a dropped folder adds its photos as
+/// "Verzeichnis laden" collects them. Sorting alternates per column; the
+/// preview follows clicks and presses.
 class SourceList : public QTreeWidget
 {
     Q_OBJECT

@@ -9,12 +9,11 @@ namespace valtrona {
 namespace {
 
 // The part of a target that comes from the source, made safe to append
-// below the target directory: "\" read as "/", empty and "." components
-// dropped, ".." made a plain name, so it can never climb out.
+// below the target directory: empty and "." components dropped, ".." made a
+// plain name, so it can never climb out.
 QString confinedRelativePath(const QString &rel)
 {
     QString normalized = rel;
-    normalized.replace(QLatin1Char('\\'), QLatin1Char('/'));
     // A NUL would end the name early on its way to the system.
     normalized.replace(QChar(0), QLatin1Char('_'));
     const QStringList parts = normalized.split(QLatin1Char('/'));
@@ -40,11 +39,6 @@ QString confinedFileName(QString name)
     return name;
 }
 
-bool sameLetter(QChar a, QChar b)
-{
-    return a == b || QString(a).toUpper() == QString(b).toUpper();
-}
-
 } // namespace
 
 QString commonBaseDirectory(const QStringList &sourcePaths)
@@ -57,11 +51,10 @@ QString commonBaseDirectory(const QStringList &sourcePaths)
             base = dir;
             first = false;
         }
-        // Letter by letter: upper-casing a whole string may change its
-        // length ("ß" gives "SS") and so shift the positions.
+        // Exact characters: "Foto" and "foto" are two folders.
         qsizetype n = 0;
         const qsizetype limit = std::min(base.size(), dir.size());
-        while (n < limit && sameLetter(base.at(n), dir.at(n)))
+        while (n < limit && base.at(n) == dir.at(n))
             ++n;
         // Never cut between the two halves of a surrogate pair.
         if (n > 0 && n < dir.size() && dir.at(n - 1).isHighSurrogate())
@@ -88,11 +81,8 @@ QString composeTargetPath(const QString &targetDirectory, const QString &commonB
                           const QString &formatCode)
 {
     QString rel = sourcePath;
-    if (!keepDirectoryStructure && !commonBase.isEmpty()
-        && rel.startsWith(commonBase, Qt::CaseInsensitive)) {
+    if (!keepDirectoryStructure && !commonBase.isEmpty() && rel.startsWith(commonBase))
         rel = rel.mid(commonBase.size());
-    }
-    rel.remove(QLatin1Char(':'));
     rel = confinedRelativePath(rel);
 
     const QString stem = files::stripExtension(rel);

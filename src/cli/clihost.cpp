@@ -3,6 +3,9 @@
 #include "batch/conversionrun.h"
 
 #include <QStringBuilder>
+#include <QStringEncoder>
+
+#include <cerrno>
 
 using namespace Qt::StringLiterals;
 
@@ -19,14 +22,64 @@ QString clockText(qint64 ms)
     return hours ? QString::number(hours) % u':' % minutesSeconds : minutesSeconds;
 }
 
-void writeLine(std::FILE *stream, const QString &line)
+// Returns 0, or the errno value of the failed write.
+int writeLine(std::FILE *stream, const QString &line)
 {
-    const QByteArray bytes = line.toUtf8() + '\n';
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
-    std::fflush(stream);
+    // The encoder writes U+FFFD for a byte of a file name that is not UTF-8
+    // (kept as a lone surrogate), where toUtf8() would write "?".
+    QStringEncoder toUtf8(QStringEncoder::Utf8);
+    const QByteArray bytes = QByteArray(toUtf8(line)) + '\n';
+    errno = 0;
+    if (std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream) != size_t(bytes.size())
+        || std::fflush(stream) != 0)
+        return errno != 0 ? errno : EIO;
+    return 0;
 }
 
+// The signal handlers set the ending too.
+static_assert(std::atomic<Ending>::is_always_lock_free);
+
 } // namespace
+
+int exitCode(Ending ending, bool fileFailed)
+{
+    switch (ending) {
+    case Ending::Interrupted:
+        return exitcode::interrupted;
+    case Ending::Terminated:
+        return exitcode::terminated;
+    case Ending::OutputClosed:
+    case Ending::OutputFailed:
+    case Ending::FileSizeLimit:
+        return exitcode::cannotContinue;
+    case Ending::None:
+        break;
+    }
+    return fileFailed ? exitcode::fileFailed : exitcode::success;
+}
+
+QString endingText(Ending ending)
+{
+    switch (ending) {
+    case Ending::OutputClosed:
+        return u"Standardausgabe geschlossen"_s;
+    case Ending::OutputFailed:
+        return u"Schreiben auf die Standardausgabe fehlgeschlagen"_s;
+    case Ending::FileSizeLimit:
+        return u"Dateigrößengrenze erreicht (ulimit -f)"_s;
+    case Ending::None:
+    case Ending::Interrupted:
+    case Ending::Terminated:
+        break;
+    }
+    return QString();
+}
+
+bool requestEnding(std::atomic<Ending> &current, Ending ending)
+{
+    Ending none = Ending::None;
+    return current.compare_exchange_strong(none, ending);
+}
 
 Terminal::Terminal(std::FILE *out, std::FILE *err, bool progressEnabled, bool rowsOnTerminal)
     : m_out(out)
@@ -51,22 +104,22 @@ QString Terminal::progressLine(int index, int count, qint64 elapsedMs)
     return line;
 }
 
-void Terminal::writeRow(const QString &line)
+int Terminal::writeRow(const QString &line)
 {
     std::lock_guard guard(m_mutex);
-    if (!m_rowsOnTerminal) {
-        writeLine(m_out, line);
-        return;
-    }
+    if (!m_rowsOnTerminal)
+        return writeLine(m_out, line);
     clearLocked();
-    writeLine(m_out, line);
+    const int error = writeLine(m_out, line);
     drawLocked();
+    return error;
 }
 
 void Terminal::writeMessage(const QString &line)
 {
     std::lock_guard guard(m_mutex);
     clearLocked();
+    // Nowhere left to say it when standard error fails too.
     writeLine(m_err, line);
     drawLocked();
 }
@@ -114,11 +167,12 @@ void Terminal::drawLocked()
 }
 
 CliHost::CliHost(Terminal &terminal, const FileInputs &inputs, bool deleteSources,
-                 const std::atomic_int &interrupts)
+                 std::atomic<Ending> &ending, const QString &workingDirectory)
     : m_terminal(terminal)
     , m_inputs(inputs)
     , m_deleteSources(deleteSources)
-    , m_interrupts(interrupts)
+    , m_ending(ending)
+    , m_workingDirectory(workingDirectory)
 {
 }
 
@@ -133,7 +187,11 @@ void CliHost::addStatusRow(const StatusRow &row)
 {
     if (row.kind == int(StatusKind::Error))
         m_errorWritten = true;
-    m_terminal.writeRow(statusIconKey(row.kind) % u'\t' % row.text);
+    const int error = m_terminal.writeRow(statusIconKey(row.kind) % u'\t' % row.text);
+    // Rows nobody reads make the rest of the run pointless; the file in hand
+    // still finishes.
+    if (error != 0)
+        requestEnding(m_ending, error == EPIPE ? Ending::OutputClosed : Ending::OutputFailed);
 }
 
 void CliHost::setCaptionPercent(int) {}
@@ -152,7 +210,7 @@ void CliHost::yield()
 
 bool CliHost::stopRequested()
 {
-    return m_interrupts.load() > 0;
+    return m_ending.load() != Ending::None;
 }
 
 FileInputs CliHost::fileInputs()
@@ -165,7 +223,20 @@ bool CliHost::deleteSources()
     return m_deleteSources;
 }
 
-void CliHost::fileFailed(const QString &, const Error &) {}
+void CliHost::fileFailed(const QString &source, const Error &error)
+{
+    // Below the working directory the path as the user would type it, else in full.
+    const QString base = m_workingDirectory.endsWith(u'/') ? m_workingDirectory : m_workingDirectory % u'/';
+    const QString name = source.startsWith(base) ? source.mid(base.size()) : source;
+    QString line = name % u": "_s % errorText(error.code);
+    // The German text says nothing more than "internal"; the detail helps a bug report.
+    if (error.code == ErrorCode::Internal && !error.detail.isEmpty())
+        line += u" ("_s % error.detail.simplified() % u')';
+    m_terminal.writeMessage(line);
+    // Every later output would hit the same limit.
+    if (error.code == ErrorCode::FileSizeLimit)
+        requestEnding(m_ending, Ending::FileSizeLimit);
+}
 
 void CliHost::runEnded()
 {

@@ -1,8 +1,8 @@
 #pragma once
 
 // The command line's side of a run: status rows on standard output, a
-// progress line on standard error when that is a terminal, and the stop
-// flag raised by Ctrl-C.
+// progress line and the reason for every failed file on standard error, and
+// the reason a run ends early, which also decides the exit code.
 
 #include "batch/conversionhost.h"
 
@@ -26,7 +26,9 @@ public:
     Terminal(std::FILE *out, std::FILE *err, bool progressEnabled, bool rowsOnTerminal);
 
     /// Writes one line to standard output, keeping the progress line below it.
-    void writeRow(const QString &line);
+    /// Returns 0, or the errno value of the failed write (EPIPE: the reader
+    /// has gone).
+    [[nodiscard]] int writeRow(const QString &line);
     /// Writes one line to standard error, keeping the progress line below it.
     void writeMessage(const QString &line);
     /// Sets the progress shown: file `index` of `count` started.
@@ -56,12 +58,47 @@ private:
     qint64 m_lastDraw = 0;
 };
 
+/// Why a run ended before its list did. Set once: the first reason stays.
+enum class Ending : int {
+    None,          ///< not ended early (yet)
+    Interrupted,   ///< SIGINT (Ctrl-C)
+    Terminated,    ///< SIGTERM
+    OutputClosed,  ///< standard output has no reader any more (EPIPE)
+    OutputFailed,  ///< standard output refused a write for another reason
+    FileSizeLimit, ///< an output hit the process's file-size limit (ulimit -f)
+};
+
+/// Exit codes of valtrona-cli.
+namespace exitcode {
+constexpr int success = 0;        ///< every file converted (or help shown)
+constexpr int fileFailed = 1;     ///< at least one file failed
+constexpr int refused = 2;        ///< the parameters were refused; nothing converted
+constexpr int cannotContinue = 3; ///< standard output or the file-size limit stopped the run
+constexpr int interrupted = 130;  ///< stopped by SIGINT (128 + 2)
+constexpr int terminated = 143;   ///< stopped by SIGTERM (128 + 15)
+} // namespace exitcode
+
+/// The exit code of a run that ended by `ending`; `fileFailed`: an "ERR" row
+/// was written. A stop or a run that could not go on outranks failed files.
+int exitCode(Ending ending, bool fileFailed);
+
+/// Why the run could not go on, in German, for endings that are not a
+/// signal ("Standardausgabe geschlossen"); empty for the others.
+QString endingText(Ending ending);
+
+/// Requests `ending` unless one is requested already; true when this call set
+/// it. Async-signal-safe.
+bool requestEnding(std::atomic<Ending> &current, Ending ending);
+
 /// ConversionHost for the command line.
 class CliHost : public ConversionHost
 {
 public:
+    /// `ending` is shared with the signal handlers; the run stops at the next
+    /// file once it is set. Failed files are named relative to
+    /// `workingDirectory` when they lie below it.
     CliHost(Terminal &terminal, const FileInputs &inputs, bool deleteSources,
-            const std::atomic_int &interrupts);
+            std::atomic<Ending> &ending, const QString &workingDirectory);
 
     /// True once a row of kind "ERR" was written.
     bool errorWritten() const;
@@ -82,7 +119,8 @@ private:
     Terminal &m_terminal;
     FileInputs m_inputs;
     bool m_deleteSources;
-    const std::atomic_int &m_interrupts;
+    std::atomic<Ending> &m_ending;
+    QString m_workingDirectory;
     bool m_errorWritten = false;
 };
 

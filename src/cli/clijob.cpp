@@ -8,6 +8,8 @@
 #include <QSet>
 #include <QStringBuilder>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace valtrona::cli {
@@ -72,19 +74,15 @@ Expected<QStringList, QString> collectSources(const QList<SourceArgument> &argum
                 QByteArray line = standardInput->readLine();
                 while (line.endsWith('\n') || line.endsWith('\r'))
                     line.chop(1);
-                list.add(QFile::decodeName(line));
+                list.add(files::fileNameFromNative(line));
             }
             break;
         case SourceArgument::Kind::Directory: {
-            files::ListFilesOptions walk;
-            walk.mask = u"*.jpg"_s;
-            walk.recurse = true;
-            walk.processEvents = false;
-            const auto found = files::listFiles(absolutePath(argument.value), walk);
+            const auto found = files::listJpegFiles(absolutePath(argument.value), false);
             if (!found)
                 return unexpected<QString>(u"Das Verzeichnis „"_s % argument.value
                                   % u"“ wurde nicht gefunden !"_s);
-            for (const QString &file : found->files)
+            for (const QString &file : *found)
                 list.add(file);
             break;
         }
@@ -129,6 +127,19 @@ Expected<CliJob, QString> resolveJob(const CliOptions &options, const LastParame
     parameters.keepDirectoryStructure = options.keepDirs;
     job.deleteSources = options.deleteSources;
     return job;
+}
+
+JobCount jobCount(std::optional<int> requested, int cores)
+{
+    const int most = 2 * std::max(1, cores);
+    if (!requested)
+        return {std::min(std::max(1, cores), most), QString()};
+    JobCount count;
+    count.jobs = std::clamp(*requested, 1, most);
+    if (count.jobs != *requested)
+        count.notice = u"valtrona-cli: --jobs liegt außerhalb von 1 bis "_s % QString::number(most)
+            % u", verwendet wird "_s % QString::number(count.jobs);
+    return count;
 }
 
 } // namespace valtrona::cli

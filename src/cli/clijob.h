@@ -14,6 +14,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace valtrona::cli {
 
 /// Everything a command-line run needs.
@@ -27,8 +29,9 @@ struct CliJob
 /// Builds the source list from the source arguments in their order, the way
 /// the window's list adds files: every path made absolute, duplicates by
 /// exact path dropped (the first stays). "-" reads one path per line from
-/// `standardInput` (empty lines skipped); --dir adds every "*.jpg" below the
-/// directory. Fails with a German message when a --dir is not a directory.
+/// `standardInput` (empty lines skipped); --dir adds the photos below the
+/// directory as files::listJpegFiles() finds them. Fails with a German
+/// message when a --dir is not a directory.
 Expected<QStringList, QString> collectSources(const QList<SourceArgument> &arguments,
                                               QIODevice *standardInput);
 
@@ -40,5 +43,17 @@ Expected<QStringList, QString> collectSources(const QList<SourceArgument> &argum
 /// kein Zielverzeichnis gewählt !".
 Expected<CliJob, QString> resolveJob(const CliOptions &options, const LastParameters &last,
                                      const QStringList &sources);
+
+/// How many files a run converts at once.
+struct JobCount
+{
+    int jobs = 1;
+    QString notice; ///< German line for standard error when `requested` was changed, else empty
+};
+
+/// The files converted at once: `requested` (the number of cores when not
+/// given) kept within 1 to twice the number of cores; more would only
+/// multiply the memory held without converting faster.
+JobCount jobCount(std::optional<int> requested, int cores);
 
 } // namespace valtrona::cli

@@ -1,8 +1,11 @@
 #include "cli/clioptions.h"
 
+#include <QRegularExpression>
 #include <QStringBuilder>
 
+#include <algorithm>
 #include <array>
+#include <climits>
 
 using namespace Qt::StringLiterals;
 
@@ -29,6 +32,19 @@ std::optional<int> parseInt(const QString &text)
     if (!ok)
         return std::nullopt;
     return value;
+}
+
+// A whole number, saturated to the int range: "2147483648" gives INT_MAX.
+std::optional<int> parseSaturated(const QString &text)
+{
+    static const QRegularExpression wholeNumber(u"^\\s*[+-]?[0-9]+\\s*$"_s);
+    if (!wholeNumber.match(text).hasMatch())
+        return std::nullopt;
+    bool ok = false;
+    const qlonglong value = text.trimmed().toLongLong(&ok);
+    if (!ok) // beyond even 64 bits
+        return text.contains(u'-') ? INT_MIN : INT_MAX;
+    return int(std::clamp<qlonglong>(value, INT_MIN, INT_MAX));
 }
 
 QString refuse(const QString &value, const QString &allowed)
@@ -104,7 +120,7 @@ const std::array<OptionSpec, 18> optionTable = {{
      [](CliOptions &o, const QString &) -> QString { o.exif = true; return {}; }},
     {u"delete-sources", nullptr, u"Quelldateien nach Bearbeitung löschen (in den Papierkorb)",
      [](CliOptions &o, const QString &) -> QString { o.deleteSources = true; return {}; }},
-    {u"dir", u"DIR", u"alle *.jpg unterhalb von DIR hinzufügen (wie „Verzeichnis laden“)",
+    {u"dir", u"DIR", u"alle *.jpg und *.jpeg unterhalb von DIR hinzufügen (wie „Verzeichnis laden“)",
      [](CliOptions &o, const QString &v) -> QString {
          o.sources.append({SourceArgument::Kind::Directory, v});
          return {};
@@ -112,11 +128,13 @@ const std::array<OptionSpec, 18> optionTable = {{
     {u"settings", u"FILE",
      u"Einstellungsdatei (Vorgabe: valtrona.ini im Programmverzeichnis);\nsie wird nur gelesen",
      [](CliOptions &o, const QString &v) -> QString { o.settingsFile = v; return {}; }},
-    {u"jobs", u"N", u"N Bilder gleichzeitig bearbeiten (Vorgabe: Anzahl der Prozessorkerne)",
+    {u"jobs", u"N",
+     u"N Bilder gleichzeitig bearbeiten, 1 bis doppelte Anzahl der Prozessorkerne;\n"
+     u"andere Werte werden darauf begrenzt (Vorgabe: Anzahl der Prozessorkerne)",
      [](CliOptions &o, const QString &v) -> QString {
-         const std::optional<int> jobs = parseInt(v);
-         if (!jobs || *jobs < 1)
-             return refuse(v, u"1 oder mehr"_s);
+         const std::optional<int> jobs = parseSaturated(v);
+         if (!jobs)
+             return refuse(v, u"ganze Zahl"_s);
          o.jobs = *jobs;
          return {};
      }},
@@ -216,14 +234,25 @@ QString helpText()
     text += u"\n"
             u"Ausgabe: jede Statuszeile des Laufs als Symbol, Tabulator und Text, z. B.\n"
             u"  PIC\tBearbeite Bild : a.jpg\n"
-            u"Ist die Standardfehlerausgabe ein Terminal, zeigt sie den Fortschritt.\n"
-            u"Strg+C beendet das laufende Bild und bricht dann ab; ein zweites Strg+C\n"
-            u"beendet sofort, ohne halb geschriebene Dateien zu hinterlassen.\n"
+            u"Für jedes Bild mit Fehler nennt die Standardfehlerausgabe Datei und Grund, z. B.\n"
+            u"  urlaub/IMG_0042.jpg: Zielordner nicht beschreibbar\n"
+            u"Ist sie ein Terminal, zeigt sie auch den Fortschritt.\n"
             u"\n"
-            u"Rückgabewert:\n"
-            u"  0  alle Bilder ohne Fehler bearbeitet\n"
-            u"  1  mindestens ein Bild mit Fehler (Zeile „ERR“)\n"
-            u"  2  Aufruf oder Parameter ungültig; nichts wurde bearbeitet\n"_s;
+            u"Strg+C oder SIGTERM beenden das laufende Bild und brechen dann ab; ein\n"
+            u"weiteres Strg+C beendet sofort, ohne halb geschriebene Dateien zu hinterlassen.\n"
+            u"Ebenso bricht der Lauf nach dem laufenden Bild ab, wenn die Standardausgabe\n"
+            u"geschlossen wird (z. B. „| head“) oder die Dateigrößengrenze (ulimit -f)\n"
+            u"erreicht ist.\n"
+            u"\n"
+            u"Rückgabewert (3, 130 und 143 gehen 1 vor):\n"
+            u"  0    alle Bilder ohne Fehler bearbeitet\n"
+            u"  1    mindestens ein Bild mit Fehler (Zeile „ERR“)\n"
+            u"  2    Aufruf oder Parameter ungültig; nichts wurde bearbeitet\n"
+            u"  3    Lauf konnte nicht beginnen oder nicht weitergehen: Standardausgabe\n"
+            u"       geschlossen oder nicht beschreibbar, Dateigrößengrenze erreicht, oder\n"
+            u"       die Bildverarbeitung ließ sich nicht starten\n"
+            u"  130  durch Strg+C (SIGINT) abgebrochen\n"
+            u"  143  durch SIGTERM abgebrochen\n"_s;
     return text;
 }
 

@@ -46,7 +46,7 @@ struct CliOptions
     bool exif = false;                 ///< --exif
     bool deleteSources = false;        ///< --delete-sources
     std::optional<QString> settingsFile; ///< --settings FILE
-    std::optional<int> jobs;           ///< --jobs N (1 or more)
+    std::optional<int> jobs;           ///< --jobs N, as given (saturated to int; range checked later)
     QList<SourceArgument> sources;
 };
 

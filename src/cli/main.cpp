@@ -9,6 +9,7 @@
 #include "cli/clijob.h"
 #include "cli/clioptions.h"
 #include "core/appinfo.h"
+#include "core/fileservices.h"
 #include "core/settings.h"
 #include "imaging/imaging.h"
 
@@ -16,13 +17,16 @@
 #include <QDir>
 #include <QFile>
 #include <QStringBuilder>
+#include <QStringEncoder>
 #include <QThread>
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #if defined(__GLIBC__)
@@ -34,66 +38,111 @@ using namespace valtrona;
 
 namespace {
 
-// Exit codes: 0 no "ERR" row, 1 at least one, 2 nothing was converted.
-constexpr int exitOk = 0;
-constexpr int exitErrorRows = 1;
-constexpr int exitUsage = 2;
-constexpr int exitInterrupted = 130;
+using cli::Ending;
+namespace exitcode = cli::exitcode;
 
-std::atomic_int interrupts {0};
+std::atomic<Ending> ending {Ending::None};
 
-// The first Ctrl-C asks the run to stop after the file at hand; the second
-// ends the process at once. Every file is written under a temporary name
-// and renamed into place, so nothing half-written stays behind.
-void onInterrupt(int)
+// The first Ctrl-C or SIGTERM asks the run to stop after the file in hand;
+// another one while the run is stopping ends the process at once. Every
+// file is written under a temporary name and renamed into place, so nothing
+// half-written stays behind.
+void onStopSignal(int signal)
 {
-    if (interrupts.fetch_add(1) >= 1)
-        _exit(exitInterrupted);
+    const bool terminate = signal == SIGTERM;
+    if (!cli::requestEnding(ending, terminate ? Ending::Terminated : Ending::Interrupted))
+        _exit(terminate ? exitcode::terminated : exitcode::interrupted);
 }
 
-void installInterruptHandler()
+void installStopHandlers()
 {
     struct sigaction action {};
-    action.sa_handler = onInterrupt;
+    action.sa_handler = onStopSignal;
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
     sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
+
+// A reader that went away (| head) or the file-size limit would otherwise
+// kill the process in the middle of a file, without a word. Ignored, the
+// write fails with EPIPE or EFBIG and the run says so and stops.
+void ignoreWriteSignals()
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+// A closed standard stream's number would be handed to the next file
+// opened, and rows or messages would land in it (an output image, say).
+// Each closed one is taken by /dev/null instead. False when standard output
+// was closed.
+bool occupyClosedStandardStreams()
+{
+    bool outputOpen = true;
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) != -1 || errno != EBADF)
+            continue;
+        if (stream == STDOUT_FILENO)
+            outputOpen = false;
+        const int opened = open("/dev/null", stream == STDIN_FILENO ? O_RDONLY : O_WRONLY);
+        if (opened >= 0 && opened != stream) {
+            dup2(opened, stream);
+            close(opened);
+        }
+    }
+    return outputOpen;
+}
+
+// A byte of a file name that is not UTF-8 is written as U+FFFD. False when
+// the text could not be written whole.
+bool print(std::FILE *stream, const QString &text)
+{
+    QStringEncoder toUtf8(QStringEncoder::Utf8);
+    const QByteArray bytes = toUtf8(text);
+    return std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream) == size_t(bytes.size())
+        && std::fflush(stream) == 0;
 }
 
 void printError(const QString &text)
 {
-    const QByteArray bytes = (text + u'\n').toUtf8();
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
+    print(stderr, text + u'\n');
 }
 
-void printOut(const QString &text)
+bool printOut(const QString &text)
 {
-    const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
+    return print(stdout, text);
 }
+
+const QString outputClosed = u"valtrona-cli: "_s + cli::endingText(Ending::OutputClosed);
 
 } // namespace
 
 int main(int argc, char **argv)
 {
+    const bool outputOpen = occupyClosedStandardStreams();
+    ignoreWriteSignals();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"valtrona-cli"_s);
     QCoreApplication::setApplicationVersion(programVersion());
 
-    const auto parsed = cli::parseArguments(QCoreApplication::arguments().mid(1));
+    // From the raw bytes, so that file names which are not UTF-8 stay distinct.
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(files::fileNameFromNative(argv[i]));
+    const auto parsed = cli::parseArguments(arguments);
     if (!parsed) {
         printError(u"valtrona-cli: "_s % parsed.error());
         printError(u"Hilfe mit: valtrona-cli --help"_s);
-        return exitUsage;
+        return exitcode::refused;
     }
     const cli::CliOptions &options = *parsed;
-    if (options.help) {
-        printOut(cli::helpText());
-        return exitOk;
-    }
-    if (options.version) {
-        printOut(u"valtrona-cli "_s % programVersion() % u'\n');
-        return exitOk;
+    if (options.help || options.version) {
+        const QString text = options.help ? cli::helpText() : u"valtrona-cli "_s % programVersion() % u'\n';
+        if (outputOpen && printOut(text))
+            return exitcode::success;
+        printError(outputClosed);
+        return exitcode::cannotContinue;
     }
 
     // The window's settings file, read only: the command line never writes it.
@@ -108,16 +157,24 @@ int main(int argc, char **argv)
     const auto sources = cli::collectSources(options.sources, &standardInput);
     if (!sources) {
         printError(sources.error());
-        return exitUsage;
+        return exitcode::refused;
     }
     const auto job = cli::resolveJob(options, last, *sources);
     if (!job) {
         printError(job.error());
-        return exitUsage;
+        return exitcode::refused;
+    }
+    // Rows nobody can read: nothing is converted.
+    if (!outputOpen) {
+        printError(outputClosed);
+        return exitcode::cannotContinue;
     }
 
     const int cores = std::max(1, QThread::idealThreadCount());
-    const int jobs = options.jobs.value_or(cores);
+    const cli::JobCount jobCount = cli::jobCount(options.jobs, cores);
+    if (!jobCount.notice.isEmpty())
+        printError(jobCount.notice);
+    const int jobs = jobCount.jobs;
     shareCoresAmong(jobs);
 #if defined(__GLIBC__)
     // Every thread that allocates would get a malloc arena of its own, each
@@ -138,17 +195,24 @@ int main(int argc, char **argv)
     });
     if (!imaging::start()) {
         printError(u"GDI konnte nicht initialisiert werden !"_s);
-        return exitUsage;
+        return exitcode::cannotContinue;
     }
-    installInterruptHandler();
+    // From here on each failed file gets its reason line; the layer's own
+    // reports would only repeat it.
+    imaging::setQuiet(true);
+    imaging::setReporter({});
+    installStopHandlers();
 
-    cli::CliHost host(terminal, job->inputs, job->deleteSources, interrupts);
+    cli::CliHost host(terminal, job->inputs, job->deleteSources, ending, QDir::currentPath());
     LibraryImaging imagingLayer;
     WorkerPool pool(jobs);
     ConversionRun run(host, imagingLayer, pool, [settingsFile] { return readSeededDrawingSettings(settingsFile); });
-    run.run(job->parameters);
-
+    const RunSummary summary = run.run(job->parameters);
     imaging::stop();
-    imaging::setReporter({});
-    return host.errorWritten() ? exitErrorRows : exitOk;
+
+    const Ending ended = ending.load();
+    const QString why = cli::endingText(ended);
+    if (!why.isEmpty())
+        printError(u"valtrona-cli: "_s % why % (summary.stopped ? u", Bearbeitung abgebrochen"_s : QString()));
+    return cli::exitCode(ended, host.errorWritten());
 }

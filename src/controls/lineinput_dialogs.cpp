@@ -98,8 +98,7 @@ QString lineInputFilter(const QString &fileTypes, const QString &extensions)
 
 QString lineInputStartPath(const QString &text, const QString &defaultFilename)
 {
-    QString path = text.section(QLatin1Char('|'), 0, 0).trimmed();
-    path.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    const QString path = text.section(QLatin1Char('|'), 0, 0).trimmed();
     if (path.isEmpty())
         return defaultFilename;
     const QFileInfo info(path);

@@ -41,7 +41,7 @@ std::shared_ptr<LineInputDialogs> standardLineInputDialogs();
 QString lineInputFilter(const QString &fileTypes, const QString &extensions);
 
 /// The path a dialog starts from: the line's text (its first path if it holds
-/// several, "\" read as "/"), with `defaultFilename` as the proposed name.
+/// several), with `defaultFilename` as the proposed name.
 QString lineInputStartPath(const QString &text, const QString &defaultFilename);
 
 } // namespace valtrona

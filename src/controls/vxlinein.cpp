@@ -1147,8 +1147,7 @@ void VxLineIn::runCommand()
     }
     case 3: {
         const QString caption = m_dlgPathCaption.isEmpty() ? controlText(ControlText::PathCaption) : m_dlgPathCaption;
-        QString startDir = m_text.section(QLatin1Char('|'), 0, 0).trimmed();
-        startDir.replace(QLatin1Char('\\'), QLatin1Char('/'));
+        const QString startDir = m_text.section(QLatin1Char('|'), 0, 0).trimmed();
         result = dialogs.chooseFolder(dialogOwner(), caption, startDir, m_dlgFolderStyle == 1);
         chosen = !result.isEmpty();
         if (chosen && !m_dlgFolderNamesAsis)

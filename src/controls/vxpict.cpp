@@ -46,8 +46,7 @@ constexpr int unplacedReadSize = 512;
 
 QString lastPathPart(const QString &path)
 {
-    const qsizetype cut = qMax(path.lastIndexOf(u'/'), path.lastIndexOf(u'\\'));
-    return path.mid(cut + 1);
+    return path.mid(path.lastIndexOf(u'/') + 1);
 }
 
 void maskOut(QImage &image, QRgb mask)

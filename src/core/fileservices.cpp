@@ -1,15 +1,16 @@
 #include "core/fileservices.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSet>
 
 #include <algorithm>
+#include <set>
 #include <utility>
 #include <vector>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -18,14 +19,10 @@ namespace valtrona::files {
 
 namespace {
 
-// Index of the last "/" or "\" in text, -1 when there is none.
+// Index of the last "/" in text, -1 when there is none.
 qsizetype lastSeparator(const QString &text)
 {
-    for (qsizetype i = text.size() - 1; i >= 0; --i) {
-        if (isSeparator(text.at(i)))
-            return i;
-    }
-    return -1;
+    return text.lastIndexOf(QLatin1Char('/'));
 }
 
 // Index of the "." that starts the extension: scanning from the end, the
@@ -55,16 +52,17 @@ bool hasWildcard(const QString &text)
 
 bool matchesEverything(const QString &mask)
 {
-    return mask.isEmpty() || mask == u"*" || mask == u"*.*";
+    if (mask.isEmpty())
+        return true;
+    const QStringList parts = mask.split(QLatin1Char(';'));
+    return std::any_of(parts.cbegin(), parts.cend(),
+                       [](const QString &part) { return part == u"*" || part == u"*.*"; });
 }
 
 // "*" matches any run of characters, "?" any one; everything else stands for
-// itself, compared ignoring letter case as the file system of the original
-// platform does.
-bool maskMatches(const QString &mask, const QString &name)
+// itself, compared ignoring letter case.
+bool oneMaskMatches(const QString &mask, const QString &name)
 {
-    if (matchesEverything(mask))
-        return true;
     const QString m = mask.toCaseFolded();
     const QString n = name.toCaseFolded();
     qsizetype mi = 0;
@@ -90,22 +88,75 @@ bool maskMatches(const QString &mask, const QString &name)
     return mi == m.size();
 }
 
+bool maskMatches(const QString &mask, const QString &name)
+{
+    if (matchesEverything(mask))
+        return true;
+    const QStringList parts = mask.split(QLatin1Char(';'), Qt::SkipEmptyParts);
+    return std::any_of(parts.cbegin(), parts.cend(),
+                       [&name](const QString &part) { return oneMaskMatches(part, name); });
+}
+
+// One entry of a directory as the walk sees it. The type follows links, so
+// a link to a directory is a directory and a dangling link is neither.
+struct Entry
+{
+    QString name;
+    QByteArray nativeName;
+    bool isFile = false;       // a regular file
+    bool isDirectory = false;
+    qint64 modifiedMs = 0;
+};
+
+qint64 modifiedMs(const struct stat &info)
+{
+    return qint64(info.st_mtim.tv_sec) * 1000 + info.st_mtim.tv_nsec / 1000000;
+}
+
 // Every entry of a directory except "." and "..", dangling links included,
 // in name order ignoring case (case decides only between otherwise equal
-// names), so a walk is the same on every run.
-QFileInfoList sortedEntries(const QString &directory, bool includeHidden)
+// names), so a walk is the same on every run. Read with the system's own
+// calls: Qt's directory iterator leaves out names that are not valid UTF-8.
+std::vector<Entry> sortedEntries(const QByteArray &nativeDirectory, bool includeHidden)
 {
-    QDir::Filters filters = QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot;
-    if (includeHidden)
-        filters |= QDir::Hidden;
-    QFileInfoList entries = QDir(directory).entryInfoList(filters, QDir::Unsorted);
-    std::sort(entries.begin(), entries.end(), [](const QFileInfo &a, const QFileInfo &b) {
-        const int folded = QString::compare(a.fileName(), b.fileName(), Qt::CaseInsensitive);
+    std::vector<Entry> entries;
+    DIR *dir = ::opendir(nativeDirectory.isEmpty() ? "." : nativeDirectory.constData());
+    if (dir == nullptr)
+        return entries;
+    QByteArray prefix = nativeDirectory;
+    if (!prefix.isEmpty() && !prefix.endsWith('/'))
+        prefix.append('/');
+    while (const struct dirent *found = ::readdir(dir)) {
+        const QByteArray name(found->d_name);
+        if (name == "." || name == "..")
+            continue;
+        if (!includeHidden && name.startsWith('.'))
+            continue;
+        Entry entry;
+        entry.name = fileNameFromNative(name);
+        entry.nativeName = name;
+        struct stat info {};
+        const QByteArray path = prefix + name;
+        if (::stat(path.constData(), &info) == 0) {
+            entry.isFile = S_ISREG(info.st_mode);
+            entry.isDirectory = S_ISDIR(info.st_mode);
+            entry.modifiedMs = modifiedMs(info);
+        }
+        entries.push_back(std::move(entry));
+    }
+    ::closedir(dir);
+    std::sort(entries.begin(), entries.end(), [](const Entry &a, const Entry &b) {
+        const int folded = QString::compare(a.name, b.name, Qt::CaseInsensitive);
         if (folded != 0)
             return folded < 0;
-        return a.fileName() < b.fileName();
+        return a.name < b.name;
     });
     return entries;
+}
+
+bool statPath(const QString &path, struct stat &info)
+{
+    return ::stat(nativeFileName(path).constData(), &info) == 0;
 }
 
 FileError fileError(FileError::Code code, const QString &message)
@@ -113,11 +164,98 @@ FileError fileError(FileError::Code code, const QString &message)
     return FileError{code, message};
 }
 
+// A byte of a name that is not part of valid UTF-8 is kept as a lone low
+// surrogate; text decoded from valid UTF-8 never holds one.
+constexpr char16_t escapeBase = 0xDC00;
+
+bool isEscapedByte(const QString &text, qsizetype i)
+{
+    const char16_t u = text.at(i).unicode();
+    return u >= escapeBase + 0x80 && u <= escapeBase + 0xFF && (i == 0 || !text.at(i - 1).isHighSurrogate());
+}
+
+// Length of the valid UTF-8 sequence at bytes[i] and its code point; 0 when
+// the bytes there are not one (stray, cut off, overlong, surrogate, too big).
+int utf8Sequence(QByteArrayView bytes, qsizetype i, char32_t &codePoint)
+{
+    const auto byte = [&](qsizetype at) { return static_cast<unsigned char>(bytes.at(at)); };
+    const unsigned char lead = byte(i);
+    int length = 0;
+    char32_t smallest = 0;
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        length = 2;
+        codePoint = lead & 0x1F;
+        smallest = 0x80;
+    } else if ((lead & 0xF0) == 0xE0) {
+        length = 3;
+        codePoint = lead & 0x0F;
+        smallest = 0x800;
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        length = 4;
+        codePoint = lead & 0x07;
+        smallest = 0x10000;
+    } else {
+        return 0;
+    }
+    if (i + length > bytes.size())
+        return 0;
+    for (int k = 1; k < length; ++k) {
+        const unsigned char next = byte(i + k);
+        if ((next & 0xC0) != 0x80)
+            return 0;
+        codePoint = (codePoint << 6) | (next & 0x3F);
+    }
+    if (codePoint < smallest || codePoint > 0x10FFFF || (codePoint >= 0xD800 && codePoint <= 0xDFFF))
+        return 0;
+    return length;
+}
+
 } // namespace
+
+QString fileNameFromNative(QByteArrayView bytes)
+{
+    QString text;
+    text.reserve(bytes.size());
+    qsizetype i = 0;
+    while (i < bytes.size()) {
+        const auto lead = static_cast<unsigned char>(bytes.at(i));
+        if (lead < 0x80) {
+            text.append(QLatin1Char(char(lead)));
+            ++i;
+            continue;
+        }
+        char32_t codePoint = 0;
+        const int length = utf8Sequence(bytes, i, codePoint);
+        if (length == 0) {
+            text.append(QChar(char16_t(escapeBase + lead)));
+            ++i;
+            continue;
+        }
+        const char32_t units[] = {codePoint};
+        text.append(QString::fromUcs4(units, 1));
+        i += length;
+    }
+    return text;
+}
+
+QByteArray nativeFileName(const QString &path)
+{
+    QByteArray bytes;
+    qsizetype runStart = 0;
+    for (qsizetype i = 0; i < path.size(); ++i) {
+        if (!isEscapedByte(path, i))
+            continue;
+        bytes += QStringView(path).sliced(runStart, i - runStart).toUtf8();
+        bytes += char(path.at(i).unicode() - escapeBase);
+        runStart = i + 1;
+    }
+    bytes += QStringView(path).sliced(runStart).toUtf8();
+    return bytes;
+}
 
 bool isSeparator(QChar c)
 {
-    return c == QLatin1Char('/') || c == QLatin1Char('\\');
+    return c == QLatin1Char('/');
 }
 
 QString addTrailingSeparator(const QString &path)
@@ -224,19 +362,26 @@ bool fileExists(const QString &path)
     const QString name = fileNamePart(path);
     if (hasWildcard(name)) {
         const QString dir = path.left(path.size() - name.size());
-        const QFileInfoList entries = sortedEntries(dir.isEmpty() ? QStringLiteral(".") : dir, true);
-        return std::any_of(entries.cbegin(), entries.cend(), [&name](const QFileInfo &entry) {
-            return maskMatches(name, entry.fileName());
+        const std::vector<Entry> entries = sortedEntries(nativeFileName(dir), true);
+        return std::any_of(entries.cbegin(), entries.cend(), [&name](const Entry &entry) {
+            return maskMatches(name, entry.name);
         });
     }
-    const QFileInfo info(path);
-    return info.exists() || info.isSymLink();
+    struct stat info {};
+    return ::lstat(nativeFileName(path).constData(), &info) == 0;
+}
+
+bool pathExists(const QString &path)
+{
+    struct stat info {};
+    return !path.isEmpty() && statPath(path, info);
 }
 
 bool dirExists(const QString &path)
 {
     const QString p = removeTrailingSeparator(path);
-    return !p.isEmpty() && QFileInfo(p).isDir();
+    struct stat info {};
+    return !p.isEmpty() && statPath(p, info) && S_ISDIR(info.st_mode);
 }
 
 bool dirExistsNonEmpty(const QString &path)
@@ -264,15 +409,14 @@ bool writeFileText(const QString &path, const QString &text)
 
 bool createDirectoryChain(const QString &path)
 {
-    QString p = addTrailingSeparator(path);
-    p.replace(QLatin1Char('\\'), QLatin1Char('/'));
+    const QString p = addTrailingSeparator(path);
     if (dirExistsNonEmpty(p))
         return true;
     // Every level in order, each as the text up to its separator; a leading
     // "/" (the root) and doubled separators name nothing to create.
     for (qsizetype i = 1; i < p.size(); ++i) {
         if (p.at(i) == QLatin1Char('/') && p.at(i - 1) != QLatin1Char('/'))
-            ::mkdir(QFile::encodeName(p.left(i)).constData(), 0777);
+            ::mkdir(nativeFileName(p.left(i)).constData(), 0777);
     }
     return dirExists(p);
 }
@@ -303,82 +447,106 @@ bool setFileTimes(const QString &path, const QDateTime &time, int which)
         times[0] = stamp;
     if (which & LastWriteTime)
         times[1] = stamp;
-    return ::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0) == 0;
+    return ::utimensat(AT_FDCWD, nativeFileName(path).constData(), times, 0) == 0;
 }
 
 namespace {
 
+// The paths found with the modification time of each, for sorting.
+struct Found
+{
+    QStringList paths;
+    std::vector<qint64> modifiedMs;
+
+    void append(const QString &path, qint64 ms)
+    {
+        paths.append(path);
+        modifiedMs.push_back(ms);
+    }
+};
+
+// Walks by the system's bytes and spells what it finds as text, so a folder
+// whose name is not valid UTF-8 is walked too.
 class DirectoryWalk
 {
 public:
     explicit DirectoryWalk(const ListFilesOptions &options) : m_options(options) {}
 
-    void visit(const QString &directory);
-    ListFilesResult takeResult() { return std::move(m_result); }
+    void visit(const QString &directory, const QByteArray &nativeDirectory);
+    bool cancelled() const { return m_cancelled; }
+
+    Found files;
+    Found directories;
 
 private:
     bool cancelRequested() const
     {
         return m_options.cancel != nullptr && m_options.cancel->load();
     }
-    void collect(const QString &directory, const QFileInfo &entry);
+    void collect(const QString &directory, const Entry &entry);
+    void descend(const QString &directory, const QByteArray &nativeDirectory, const Entry &entry)
+    {
+        visit(directory + entry.name + QLatin1Char('/'), QByteArray(nativeDirectory + entry.nativeName + '/'));
+    }
 
     const ListFilesOptions &m_options;
-    ListFilesResult m_result;
-    QSet<QString> m_visited;  // canonical paths, so no directory is walked twice
+    bool m_cancelled = false;
+    // Device and inode of every directory walked, so none is walked twice.
+    std::set<std::pair<dev_t, ino_t>> m_visited;
 };
 
-void DirectoryWalk::collect(const QString &directory, const QFileInfo &entry)
+void DirectoryWalk::collect(const QString &directory, const Entry &entry)
 {
-    if (entry.isDir()) {
+    if (entry.isDirectory) {
         if (m_options.collectDirectories)
-            m_result.directories.append(directory + entry.fileName() + QLatin1Char('/'));
-    } else if (entry.isFile()) {
+            directories.append(directory + entry.name + QLatin1Char('/'), entry.modifiedMs);
+    } else if (entry.isFile) {
         // Only regular files: a pipe or a device would hang the reader.
         if (m_options.collectFiles)
-            m_result.files.append(directory + entry.fileName());
+            files.append(directory + entry.name, entry.modifiedMs);
     }
 }
 
-void DirectoryWalk::visit(const QString &directory)
+void DirectoryWalk::visit(const QString &directory, const QByteArray &nativeDirectory)
 {
     if (cancelRequested()) {
-        m_result.cancelled = true;
+        m_cancelled = true;
         return;
     }
-    const QString canonical = QFileInfo(directory).canonicalFilePath();
-    if (canonical.isEmpty() || m_visited.contains(canonical))
+    struct stat info {};
+    if (::stat(nativeDirectory.constData(), &info) != 0 || !S_ISDIR(info.st_mode)
+        || !m_visited.emplace(info.st_dev, info.st_ino).second) {
         return;
-    m_visited.insert(canonical);
+    }
 
     if (m_options.processEvents && QCoreApplication::instance() != nullptr) {
         QCoreApplication::processEvents();
         if (cancelRequested()) {
-            m_result.cancelled = true;
+            m_cancelled = true;
             return;
         }
     }
 
-    const QFileInfoList entries = sortedEntries(directory, m_options.includeHidden);
+    const std::vector<Entry> entries = sortedEntries(nativeDirectory, m_options.includeHidden);
     const QString &mask = m_options.mask;
     if (!m_options.recurse || matchesEverything(mask)) {
-        for (const QFileInfo &entry : entries) {
-            if (!maskMatches(mask, entry.fileName()))
+        for (const Entry &entry : entries) {
+            if (!maskMatches(mask, entry.name))
                 continue;
             collect(directory, entry);
-            if (m_options.recurse && entry.isDir())
-                visit(directory + entry.fileName() + QLatin1Char('/'));
+            if (m_options.recurse && entry.isDirectory)
+                descend(directory, nativeDirectory, entry);
         }
         return;
     }
 
-    for (const QFileInfo &entry : entries) {
-        if (maskMatches(mask, entry.fileName()))
+    for (const Entry &entry : entries) {
+        if (maskMatches(mask, entry.name))
             collect(directory, entry);
     }
-    for (const QFileInfo &entry : entries) {
-        if (entry.isDir())
-            visit(directory + entry.fileName() + QLatin1Char('/'));
+    for (const Entry &entry : entries) {
+        if (entry.isDirectory)
+            descend(directory, nativeDirectory, entry);
     }
 }
 
@@ -388,39 +556,73 @@ bool pathLess(const QString &a, const QString &b)
     return folded != 0 ? folded < 0 : a < b;
 }
 
-void sortPaths(QStringList &paths, ListSort sort)
+QStringList sortedPaths(const Found &found, ListSort sort)
 {
-    if (sort == ListSort::None || paths.size() < 2)
-        return;
-    if (sort == ListSort::ByPath) {
-        std::sort(paths.begin(), paths.end(), pathLess);
-        return;
-    }
-    std::vector<std::pair<qint64, QString>> stamped;
-    stamped.reserve(paths.size());
-    for (const QString &path : std::as_const(paths))
-        stamped.emplace_back(QFileInfo(path).lastModified().toMSecsSinceEpoch(), path);
-    std::sort(stamped.begin(), stamped.end(), [](const auto &a, const auto &b) {
-        return a.first != b.first ? a.first < b.first : pathLess(a.second, b.second);
+    if (sort == ListSort::None || found.paths.size() < 2)
+        return found.paths;
+    std::vector<qsizetype> order(size_t(found.paths.size()));
+    for (size_t i = 0; i < order.size(); ++i)
+        order[i] = qsizetype(i);
+    std::sort(order.begin(), order.end(), [&found, sort](qsizetype a, qsizetype b) {
+        const QString &pathA = found.paths.at(a);
+        const QString &pathB = found.paths.at(b);
+        if (sort == ListSort::ByModificationTime) {
+            const qint64 timeA = found.modifiedMs[size_t(a)];
+            const qint64 timeB = found.modifiedMs[size_t(b)];
+            if (timeA != timeB)
+                return timeA < timeB;
+        }
+        return pathLess(pathA, pathB);
     });
-    for (qsizetype i = 0; i < paths.size(); ++i)
-        paths[i] = stamped[size_t(i)].second;
+    QStringList paths;
+    paths.reserve(found.paths.size());
+    for (const qsizetype i : order)
+        paths.append(found.paths.at(i));
+    return paths;
 }
 
 } // namespace
 
 Expected<ListFilesResult, FileError> listFiles(const QString &directory, const ListFilesOptions &options)
 {
-    if (directory.isEmpty() || !QFileInfo(directory).isDir())
+    if (!dirExistsNonEmpty(directory))
         return unexpected(fileError(FileError::Code::NotFound, QStringLiteral("not a directory: ") + directory));
 
     const QString start = directory.endsWith(QLatin1Char('/')) ? directory : directory + QLatin1Char('/');
     DirectoryWalk walk(options);
-    walk.visit(start);
-    ListFilesResult result = walk.takeResult();
-    sortPaths(result.files, options.sort);
-    sortPaths(result.directories, options.sort);
+    walk.visit(start, nativeFileName(start));
+    ListFilesResult result;
+    result.files = sortedPaths(walk.files, options.sort);
+    result.directories = sortedPaths(walk.directories, options.sort);
+    result.cancelled = walk.cancelled();
     return result;
+}
+
+Expected<QStringList, FileError> listJpegFiles(const QString &folder, bool processEvents)
+{
+    ListFilesOptions options;
+    options.mask = QStringLiteral("*.jpg;*.jpeg");
+    options.recurse = true;
+    options.includeHidden = false;
+    options.processEvents = processEvents;
+    auto walk = listFiles(folder, options);
+    if (!walk)
+        return unexpected(walk.error());
+    return std::move(walk->files);
+}
+
+QStringList expandFolders(const QStringList &paths, bool processEvents)
+{
+    QStringList expanded;
+    for (const QString &path : paths) {
+        if (!dirExistsNonEmpty(path)) {
+            expanded.append(path);
+            continue;
+        }
+        if (const auto photos = listJpegFiles(path, processEvents))
+            expanded += *photos;
+    }
+    return expanded;
 }
 
 } // namespace valtrona::files

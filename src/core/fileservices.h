@@ -4,8 +4,8 @@
 // conversion run and the source list. Nothing here throws or shows a
 // message: every call reports through its result.
 //
-// Path text is taken apart at both "\" and "/"; the separator this build adds
-// is "/". The names follow the program's file-service vocabulary:
+// Only "/" separates; "\" and ":" are ordinary characters of a name. The
+// names follow the program's file-service vocabulary:
 //
 //   AddBackslash            addTrailingSeparator
 //   RemoveTrailingSeparator removeTrailingSeparator
@@ -20,7 +20,7 @@
 //   ReadFileText, WriteFileText                readFileText, writeFileText
 //   CreateDirectoryChain    createDirectoryChain
 //   SetFileTimes            setFileTimes (DateToFileTime is QDateTime's job)
-//   ListFiles               listFiles
+//   ListFiles               listFiles, listJpegFiles, expandFolders
 //   DeleteToRecycleBin      deleteToRecycleBin, moveToTrash (core/trash.h)
 
 #include "core/error.h"
@@ -49,16 +49,32 @@ struct FileError
     bool accessDenied = false; ///< the system refused access (permissions)
 };
 
+// ---- Names as the system spells them ---------------------------------------
+
+/// A name or path as the system gives it, as text. Valid UTF-8 is decoded;
+/// every byte that is not part of valid UTF-8 (a Latin-1 "\xe4" from an old
+/// camera card) becomes the lone surrogate U+DC80 + its low byte. So no two
+/// names give the same text, the text shows such a byte as the replacement
+/// character, and nativeFileName() gives back the exact bytes.
+QString fileNameFromNative(QByteArrayView bytes);
+
+/// The bytes of a path for the system: the reverse of fileNameFromNative().
+/// Only the queries and the walk below use it. Elsewhere (Qt's file classes,
+/// the imaging library) such a byte turns into U+FFFD on its way to the
+/// system, so the file is not reached and the run fails it with its normal
+/// error row, naming it, instead of leaving it out.
+QByteArray nativeFileName(const QString &path);
+
 // ---- Path text (no file-system access) ------------------------------------
 
-/// True for "/" and "\".
+/// True for "/", the only separator.
 bool isSeparator(QChar c);
 
 /// The path trimmed of leading and trailing blanks, with "/" appended unless
-/// it is empty or already ends in "/" or "\".
+/// it is empty or already ends in "/".
 QString addTrailingSeparator(const QString &path);
 
-/// Drops one trailing "/" or "\" when the path is longer than one character.
+/// Drops one trailing "/" when the path is longer than one character.
 QString removeTrailingSeparator(const QString &path);
 
 /// The text after the last separator (the whole path when it has none);
@@ -102,6 +118,11 @@ int replaceFirst(QString &text, const QString &find, const QString &replacement,
 /// mask matched case-insensitively, so "dir/*.jpg" is true when one matches.
 bool fileExists(const QString &path);
 
+/// True when the path names a file, a directory or anything else that is
+/// there, following links (a dangling link is not). Unlike fileExists(), "*"
+/// and "?" are characters of the name.
+bool pathExists(const QString &path);
+
 /// True when the path (a trailing separator allowed) is a directory.
 bool dirExists(const QString &path);
 
@@ -140,9 +161,8 @@ Expected<void, Error> copyFileAtomically(const QString &source, const QString &t
 
 // ---- Directories and file times -------------------------------------------
 
-/// Creates the directory and every missing level above it ("\" counts as a
-/// separator and becomes "/"); failures on the way are ignored. Returns
-/// whether the directory exists at the end.
+/// Creates the directory and every missing level above it; failures on the
+/// way are ignored. Returns whether the directory exists at the end.
 bool createDirectoryChain(const QString &path);
 
 enum FileTimeSelect { CreationTime = 1, LastAccessTime = 2, LastWriteTime = 4 };
@@ -163,7 +183,8 @@ enum class ListSort {
 
 struct ListFilesOptions
 {
-    /// Matched against entry names ignoring case; "*.*" and "*" match every name.
+    /// Matched against entry names ignoring case; "*.*" and "*" match every
+    /// name. Several masks are separated by ";" ("*.jpg;*.jpeg").
     QString mask = QStringLiteral("*.*");
     bool recurse = false;
     bool collectFiles = true;
@@ -190,9 +211,22 @@ struct ListFilesResult
 /// recursion and another mask, a directory's matching files come first, then
 /// its subdirectories are walked. "." and ".." are never taken, a directory
 /// reached twice (a link loop or a second link to it) is walked only once,
-/// and dangling links are skipped. Fails with NotFound when `directory` is
-/// not a directory.
+/// and dangling links are skipped. Names that are not valid UTF-8 are taken
+/// too, spelled as fileNameFromNative() spells them. Fails with NotFound
+/// when `directory` is not a directory.
 Expected<ListFilesResult, FileError> listFiles(const QString &directory,
                                                const ListFilesOptions &options = {});
+
+/// The photos of a folder as "Verzeichnis laden" collects them: every
+/// "*.jpg" and "*.jpeg" in any letter case, in the folder and all its
+/// subfolders, in the walk's order (a folder's files before its
+/// subfolders). Hidden files and folders (names starting with ".") are
+/// skipped, so thumbnail caches such as ".thumbnails/" are never taken.
+/// `processEvents` as in ListFilesOptions. Fails like listFiles().
+Expected<QStringList, FileError> listJpegFiles(const QString &folder, bool processEvents = true);
+
+/// The paths in their order, each folder among them replaced by its
+/// listJpegFiles(); other paths, existing or not, are kept as they are.
+QStringList expandFolders(const QStringList &paths, bool processEvents = true);
 
 } // namespace valtrona::files

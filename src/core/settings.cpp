@@ -34,14 +34,9 @@ constexpr std::array<PresetRatio, 4> presetRatios {{
     {"169", 9, 16},
 }};
 
-bool endsWithSeparator(const QString &path)
-{
-    return path.endsWith(u'/') || path.endsWith(u'\\');
-}
-
 QString withTrailingSlash(const QString &path)
 {
-    if (path.isEmpty() || endsWithSeparator(path))
+    if (path.isEmpty() || path.endsWith(u'/'))
         return path;
     return path + u'/';
 }
@@ -159,11 +154,8 @@ QString settingsFilePath(const QString &extension, const QString &subdirectory,
     if (ext.startsWith(u'.'))
         ext.remove(0, 1);
     QString path = programDirectory();
-    if (!subdirectory.isEmpty()) {
-        QString sub = subdirectory;
-        sub.replace(u'\\', u'/');
-        path += withTrailingSlash(sub);
-    }
+    if (!subdirectory.isEmpty())
+        path += withTrailingSlash(subdirectory);
     return path + (baseName.isEmpty() ? executableBaseName() : baseName) + u'.' + ext;
 }
 

@@ -75,8 +75,7 @@ QString programDirectory();
 /// non-empty, then the base name, ".", and `extension` without a leading ".".
 /// `baseName` empty means the executable's base name ("valtrona" for the
 /// window program; "valtrona" when there is no application object). Each
-/// directory part gets a trailing "/" only when it lacks one; "\" in the
-/// subdirectory is taken as a separator.
+/// directory part gets a trailing "/" only when it lacks one.
 QString settingsFilePath(const QString &extension, const QString &subdirectory = {},
                          const QString &baseName = {});
 

@@ -118,7 +118,7 @@ Expected<void, Error> copyContent(int from, int to, const QString &where)
 std::optional<FileIdentity> fileIdentity(const QString &path)
 {
     struct stat info {};
-    if (path.isEmpty() || ::stat(QFile::encodeName(path).constData(), &info) != 0)
+    if (path.isEmpty() || ::stat(nativeFileName(path).constData(), &info) != 0)
         return std::nullopt;
     return identityOf(info);
 }
@@ -126,7 +126,7 @@ std::optional<FileIdentity> fileIdentity(const QString &path)
 std::optional<FileIdentity> entryIdentity(const QString &path)
 {
     struct stat info {};
-    if (path.isEmpty() || ::lstat(QFile::encodeName(path).constData(), &info) != 0)
+    if (path.isEmpty() || ::lstat(nativeFileName(path).constData(), &info) != 0)
         return std::nullopt;
     return identityOf(info);
 }
@@ -228,7 +228,7 @@ void PendingFile::discard()
 Expected<TargetFolder, Error> TargetFolder::open(const QString &path, Creation creation)
 {
     const QString absolute = QDir::cleanPath(QDir::current().absoluteFilePath(path));
-    const QByteArray native = QFile::encodeName(absolute);
+    const QByteArray native = nativeFileName(absolute);
 
     // Every missing level, as the user would create it; the first refusal
     // on the way is what the user needs to hear about.
@@ -345,7 +345,7 @@ Expected<int, Error> openFolders(int base, const QStringList &segments, bool cre
     QString where = root;
     for (const QString &segment : segments) {
         where += u'/' + segment;
-        const QByteArray name = QFile::encodeName(segment);
+        const QByteArray name = nativeFileName(segment);
         int next = retryOnInterrupt(
             [&] { return ::openat(fd, name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); });
         if (next < 0 && errno == ENOENT && create) {
@@ -402,7 +402,7 @@ Expected<void, Error> TargetFolder::commit(PendingFile &file, const QString &rel
     std::optional<QStringList> segments = segmentsOf(relativePath);
     if (!segments || segments->isEmpty())
         return unexpected(Error {ErrorCode::TargetPathUnsafe, u"leaves the target folder: "_s + relativePath});
-    const QByteArray name = QFile::encodeName(segments->takeLast());
+    const QByteArray name = nativeFileName(segments->takeLast());
     const QString where = m_path + u'/' + relativePath;
 
     auto opened = openFolders(m_fd, *segments, true, m_path);
@@ -494,7 +494,7 @@ std::optional<FileIdentity> TargetFolder::entryIdentity(const QString &relativeP
     std::optional<QStringList> segments = segmentsOf(relativePath);
     if (m_fd < 0 || !segments || segments->isEmpty())
         return std::nullopt;
-    const QByteArray name = QFile::encodeName(segments->takeLast());
+    const QByteArray name = nativeFileName(segments->takeLast());
     auto folder = openFolders(m_fd, *segments, false, m_path);
     if (!folder)
         return std::nullopt;
@@ -530,7 +530,7 @@ Expected<void, Error> writeFileAtomically(const QString &path, QByteArrayView by
 
 Expected<void, Error> copyFileAtomically(const QString &source, const QString &target)
 {
-    const QByteArray native = QFile::encodeName(source);
+    const QByteArray native = nativeFileName(source);
     // Opened without waiting: a pipe at the name must not block the run.
     const int in = retryOnInterrupt([&] { return ::open(native.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); });
     if (in < 0)

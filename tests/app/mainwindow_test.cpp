@@ -525,23 +525,48 @@ TEST_F(MainWindowTest, FolderLoadCollectsJpegsBelowAndRemembersTheFolder)
 {
     const QStringList jpegs = sourceImages(2, QStringLiteral("tree/a"));
     writeJpeg(sandbox.filePath(QStringLiteral("tree/b/deep/UPPER.JPG")), 20, 10);
+    writeJpeg(sandbox.filePath(QStringLiteral("tree/b/long.jpeg")), 20, 10);
+    writeJpeg(sandbox.filePath(QStringLiteral("tree/a/.thumbnails/normal/img01.jpg")), 20, 10);
     sandbox.writeFile(QStringLiteral("tree/b/other.png"), "x");
     QDir().mkpath(sandbox.filePath(QStringLiteral("empty")));
     auto window = open();
 
     dialogs->nextFolder = sandbox.filePath(QStringLiteral("tree"));
     click(*window, "cmdOpenF");
-    EXPECT_EQ(window->sourceList()->count(), 3);
-    EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("3 Bilder"));
+    EXPECT_EQ(window->sourceList()->count(), 4);
+    EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("4 Bilder"));
     EXPECT_EQ(dialogs->shown.last().title, QStringLiteral("Verzeichnis für Konvertierung wählen (JPG) : "));
 
     dialogs->nextFolder = sandbox.filePath(QStringLiteral("empty"));
     click(*window, "cmdOpenF");
     EXPECT_EQ(dialogs->lastStartFolder, sandbox.filePath(QStringLiteral("tree")));
-    EXPECT_EQ(window->sourceList()->count(), 3);
+    EXPECT_EQ(window->sourceList()->count(), 4);
 
     click(*window, "cmdOpenF"); // cancelled: nothing changes, not even the folder
     EXPECT_EQ(dialogs->lastStartFolder, sandbox.filePath(QStringLiteral("empty")));
+}
+
+TEST_F(MainWindowTest, StartPathsAddFilesAndFolderPhotosInTheirOrder)
+{
+    const QString single = writeJpeg(sandbox.filePath(QStringLiteral("single.jpg")), 40, 30);
+    const QString album = writeJpeg(sandbox.filePath(QStringLiteral("album/b.jpeg")), 20, 10);
+    writeJpeg(sandbox.filePath(QStringLiteral("album/.thumbnails/normal/b.jpg")), 8, 6);
+    sandbox.writeFile(QStringLiteral("album/notes.txt"), "x");
+    const QString previous = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(sandbox.path()));
+
+    // As the program starts: the window first, then what it was given.
+    auto window = open();
+    const QStringList missing = window->addStartPaths(
+        {QStringLiteral("single.jpg"), sandbox.filePath(QStringLiteral("album")), QStringLiteral("fehlt.jpg")});
+    QDir::setCurrent(previous);
+
+    EXPECT_EQ(missing, QStringList {QStringLiteral("fehlt.jpg")});
+    SourceList *list = window->sourceList();
+    EXPECT_EQ(list->paths(), QStringList({single, album}));
+    EXPECT_EQ(list->topLevelItem(0)->text(SourceList::DimensionColumn), QStringLiteral("40 x 30"));
+    EXPECT_EQ(list->topLevelItem(1)->text(SourceList::DimensionColumn), QStringLiteral("20 x 10"));
+    EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("2 Bilder"));
 }
 
 TEST_F(MainWindowTest, OpenDialogOffersImagesThenAllFiles)
@@ -549,8 +574,10 @@ TEST_F(MainWindowTest, OpenDialogOffersImagesThenAllFiles)
     auto window = open();
     click(*window, "cmdOpen");
     EXPECT_EQ(dialogs->shown.last().title, QStringLiteral("Dateien wählen :"));
-    EXPECT_EQ(dialogs->lastFilters, QStringList({QStringLiteral("Bilddateien (*.jpg *.gif *.bmp *.png *.tif)"),
-                                                 QStringLiteral("Alle Dateien (*.*)")}));
+    EXPECT_EQ(dialogs->lastFilters,
+              QStringList({QStringLiteral("Bilddateien (*.jpg *.jpeg *.jpe *.gif *.bmp *.png *.tif *.tiff *.webp "
+                                          "*.heic *.heif *.avif *.jxl)"),
+                           QStringLiteral("Alle Dateien (*.*)")}));
     EXPECT_EQ(window->sourceList()->count(), 0);
 }
 

@@ -116,12 +116,12 @@ TEST_F(SourceListTest, RowsCarryNameSizeDimensionsAndDropDuplicatesByExactPath)
     EXPECT_EQ(measured.size(), 4); // duplicates are never measured
 }
 
-TEST_F(SourceListTest, FileNameIsTakenBehindEitherSeparator)
+TEST_F(SourceListTest, FileNameIsTakenBehindTheLastSlash)
 {
     list.addSourceFiles({QStringLiteral("C:\\Bilder\\x.jpg"), QStringLiteral("/tmp/mixed\\y.jpg"),
                          QStringLiteral("plain")});
-    EXPECT_EQ(column(SourceList::NameColumn),
-              QStringList({QStringLiteral("x.jpg"), QStringLiteral("y.jpg"), QStringLiteral("plain")}));
+    EXPECT_EQ(column(SourceList::NameColumn), QStringList({QStringLiteral("C:\\Bilder\\x.jpg"),
+                                                           QStringLiteral("mixed\\y.jpg"), QStringLiteral("plain")}));
 }
 
 TEST_F(SourceListTest, ImagingIsRestartedPerBatchAndEveryFifteenFiles)
@@ -221,27 +221,37 @@ TEST_F(SourceListTest, RemoveSelectedWalksAllRowsAndClearsThePreview)
     EXPECT_EQ(list.count(), 2);
 }
 
-TEST_F(SourceListTest, DroppedFilesAreAddedInDropOrderUnfiltered)
+TEST_F(SourceListTest, DroppedFilesAreAddedInDropOrderUnfilteredAndFoldersBringTheirPhotos)
 {
     const QString z = file(QStringLiteral("z.png"));
     const QString text = file(QStringLiteral("readme.txt"));
+    const QString photo = file(QStringLiteral("album/p.jpg"));
+    file(QStringLiteral("album/.thumbnails/t.jpg"));
+    file(QStringLiteral("album/notes.txt"));
+    // Latin-1 names: each keeps a text of its own.
+    sandbox.writeNativeFile("\xe4.jpg", "x");
+    sandbox.writeNativeFile("\xf6.jpg", "x");
+    const QString base = QUrl::fromLocalFile(sandbox.path()).toString(QUrl::FullyEncoded);
     // A file manager's drop reaches the widget under the pointer that accepts drops.
     EXPECT_TRUE(list.viewport()->acceptDrops());
     QMimeData mime;
-    mime.setUrls({QUrl::fromLocalFile(z), QUrl::fromLocalFile(sandbox.path()), QUrl::fromLocalFile(text),
-                  QUrl(QStringLiteral("https://example.org/x.jpg"))});
+    mime.setUrls({QUrl::fromLocalFile(z), QUrl::fromLocalFile(sandbox.filePath(QStringLiteral("album"))),
+                  QUrl::fromLocalFile(text), QUrl(QStringLiteral("https://example.org/x.jpg")),
+                  QUrl::fromEncoded((base + QStringLiteral("/%E4.jpg")).toLatin1()),
+                  QUrl::fromEncoded((base + QStringLiteral("/%F6.jpg")).toLatin1())});
     QDropEvent drop(QPointF(20, 20), Qt::CopyAction, &mime, Qt::LeftButton, {});
     QDragEnterEvent enter(QPoint(20, 20), Qt::CopyAction, &mime, Qt::LeftButton, {});
     QCoreApplication::sendEvent(list.viewport(), &enter);
     QCoreApplication::sendEvent(list.viewport(), &drop);
 
-    EXPECT_EQ(list.paths(), QStringList({z, sandbox.path(), text}));
+    EXPECT_EQ(list.paths(), QStringList({z, photo, text, sandbox.filePath(QString(QChar(0xDCE4)) + QStringLiteral(".jpg")),
+                                         sandbox.filePath(QString(QChar(0xDCF6)) + QStringLiteral(".jpg"))}));
 
     QMimeData plain;
     plain.setText(QStringLiteral("/etc/hostname"));
     QDropEvent textDrop(QPointF(20, 20), Qt::CopyAction, &plain, Qt::LeftButton, {});
     QCoreApplication::sendEvent(list.viewport(), &textDrop);
-    EXPECT_EQ(list.count(), 3);
+    EXPECT_EQ(list.count(), 5);
 }
 
 } // namespace

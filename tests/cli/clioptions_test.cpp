@@ -63,8 +63,9 @@ TEST(ParseArguments, RefusesWhatItCannotUse)
         {u"--width-unit"_s, u"cm"_s},
         {u"--height-unit="_s},
         {u"--format"_s, u"gif"_s},
-        {u"--jobs"_s, u"0"_s},
         {u"--jobs"_s, u"viele"_s},
+        {u"--jobs"_s, u"1.5"_s},
+        {u"--jobs=+"_s},
         {u"--style"_s, u"zwei"_s},
         {u"--exif=1"_s},
     };
@@ -94,6 +95,33 @@ CliOptions optionsFrom(const QStringList &arguments)
     const auto parsed = parseArguments(arguments);
     EXPECT_TRUE(parsed.has_value());
     return parsed.has_value() ? *parsed : CliOptions();
+}
+
+// Any whole number is taken and brought into 1 .. twice the cores, with a
+// notice when it had to change; none makes as many threads as asked.
+TEST(JobCount, AbsurdValuesAreClamped)
+{
+    struct Case { const char *given; int cores; int jobs; bool notice; };
+    const Case cases[] = {
+        {nullptr, 2, 2, false},
+        {nullptr, 0, 1, false}, // core count unknown
+        {"+4", 2, 4, false},
+        {"5", 8, 5, false},
+        {"5", 2, 4, true},
+        {" -3 ", 2, 1, true},
+        {"2147483648", 2, 4, true},
+        {"-99999999999999999999999", 2, 1, true},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.given ? c.given : "not given");
+        QStringList arguments;
+        if (c.given)
+            arguments = QStringList {u"--jobs"_s, QString::fromUtf8(c.given)};
+        const CliOptions options = optionsFrom(arguments);
+        const JobCount count = jobCount(options.jobs, c.cores);
+        EXPECT_EQ(count.jobs, c.jobs);
+        EXPECT_EQ(!count.notice.isEmpty(), c.notice) << count.notice.toStdString();
+    }
 }
 
 TEST(ResolveJob, ChecksInTheWindowsOrder)

@@ -15,7 +15,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 using namespace valtrona;
@@ -44,14 +46,18 @@ protected:
         return box.copyData(u"run/"_s + fixture, u"src/"_s + (name.isEmpty() ? fixture : name));
     }
 
-    void startCli(QProcess &process, const QStringList &arguments)
+    // `shell`: a bash script that runs the program as "$0" "$@".
+    void startCli(QProcess &process, const QStringList &arguments, const char *shell = nullptr)
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(u"XDG_DATA_HOME"_s, box.filePath(u"data"_s));
         process.setProcessEnvironment(environment);
         process.setWorkingDirectory(box.path());
-        process.start(QStringLiteral(VALTRONA_CLI_PATH),
-                      QStringList {u"--settings"_s, settings} + arguments);
+        const QStringList cli = QStringList {u"--settings"_s, settings} + arguments;
+        if (shell)
+            process.start(u"bash"_s, QStringList {u"-c"_s, QString::fromUtf8(shell), QStringLiteral(VALTRONA_CLI_PATH)} + cli);
+        else
+            process.start(QStringLiteral(VALTRONA_CLI_PATH), cli);
         ASSERT_TRUE(process.waitForStarted());
     }
 
@@ -79,51 +85,20 @@ TEST_F(CliRunTest, HelpIsGermanAndExitsZero)
     EXPECT_TRUE(result.out.contains(u"Rückgabewert"_s));
 }
 
-TEST_F(CliRunTest, FailedChecksPrintTheWindowsMessageAndExitTwo)
+// Photos whose names are not UTF-8 (an old Latin-1 card) are not left out:
+// each gets its rows, named with the replacement character, and fails with
+// the normal error row.
+TEST_F(CliRunTest, NamesThatAreNotUtf8AreListedAndFail)
 {
-    const QString photo = source(u"photo.jpg"_s);
-    struct Case { QStringList arguments; QString message; };
-    // The order of the checks is pinned by the ResolveJob tests; here only
-    // how a failed one reaches the user.
-    const QList<Case> cases {
-        {{u"--out"_s, u"out"_s}, u"Sie haben keine Quelldateien gewählt !"_s},
-        {{photo}, u"Sie haben kein Zielverzeichnis gewählt !"_s},
-    };
-    for (const Case &c : cases) {
-        const CliResult result = runCli(c.arguments);
-        EXPECT_EQ(result.exitCode, 2) << c.message.toStdString();
-        EXPECT_EQ(result.err, c.message + u'\n');
-        EXPECT_EQ(result.out, QString());
-    }
-    const CliResult bad = runCli({u"--width-unit"_s, u"cm"_s, photo});
-    EXPECT_EQ(bad.exitCode, 2);
-    EXPECT_TRUE(bad.err.contains(u"--width-unit"_s));
-    EXPECT_FALSE(QFileInfo::exists(box.filePath(u"out"_s)));
-}
-
-TEST_F(CliRunTest, RowsOnStandardOutputAndExitStatusByErrors)
-{
-    const QString photo = source(u"photo.jpg"_s);
-    const QString text = source(u"notimage.jpg"_s);
-    const QStringList options {u"--style"_s, u"4"_s, u"--width"_s, u"160"_s, u"--height"_s, u"120"_s,
-                               u"--out"_s, u"out"_s, u"--jobs"_s, u"1"_s};
-
-    // A source named twice is converted once.
-    const CliResult good = runCli(options + QStringList {photo, photo});
-    EXPECT_EQ(good.exitCode, 0);
-    EXPECT_EQ(good.err, QString());
-    EXPECT_EQ(good.out, u"INF\tBearbeite 1 Bilder\n"
-                        u"PIC\tBearbeite Bild : photo.jpg\n"
-                        u"INF\tBildgröße : 160x120\n"
-                        u"INF\tDateiname : photo.jpg\n"
-                        u"POK\tBild erfolgreich bearbeitet\n"
-                        u"INF\tBearbeitung abgeschlossen\n"_s);
-
-    const CliResult bad = runCli(options + QStringList {text});
-    EXPECT_EQ(bad.exitCode, 1);
-    EXPECT_TRUE(bad.out.contains(u"ERR\tFehler beim Verarbeiten des Bildes\n"_s));
-    // The imaging layer's report goes to standard error.
-    EXPECT_TRUE(bad.err.contains(u"GDI Error"_s)) << bad.err.toStdString();
+    const QByteArray jpeg = test::readAll(test::dataPath(u"run/photo.jpg"_s));
+    box.writeNativeFile("latin/\xe4rger.jpg", jpeg);
+    box.writeNativeFile("latin/\xf6rger.jpg", jpeg);
+    const CliResult latin = runCli({u"--style"_s, u"4"_s, u"--width"_s, u"160"_s, u"--height"_s, u"120"_s,
+                                    u"--out"_s, u"out"_s, u"--dir"_s, u"latin"_s});
+    EXPECT_EQ(latin.exitCode, 1);
+    EXPECT_TRUE(latin.out.startsWith(u"INF\tBearbeite 2 Bilder\n"_s)) << latin.out.toStdString();
+    EXPECT_EQ(latin.out.count(u"PIC\tBearbeite Bild : \uFFFDrger.jpg\n"_s), 2) << latin.out.toStdString();
+    EXPECT_EQ(latin.out.count(u"ERR\t"_s), 2) << latin.out.toStdString();
 }
 
 TEST_F(CliRunTest, DefaultsComeFromTheSettingsFileWhichStaysUntouched)
@@ -212,21 +187,21 @@ TEST_F(CliRunTest, ModuleFormatsConvertAlikeWithOneJobOrFour)
 // Large sources, so that a conversion takes long enough to be interrupted.
 QStringList largeSources(const Sandbox &box, int count)
 {
-    const QString first = box.filePath(u"src/big01.jpg"_s);
+    const QString first = box.filePath(u"src/big1.jpg"_s);
     QDir().mkpath(box.filePath(u"src"_s));
     const imaging::Picture picture = imaging::drawFile(test::dataPath(u"run/photo.jpg"_s), 4000, 3000);
     EXPECT_TRUE(imaging::saveJpeg(picture, first, 90));
     QStringList sources {first};
     for (int i = 2; i <= count; ++i) {
-        const QString name = box.filePath(u"src/big"_s + QString::number(i).rightJustified(2, u'0') + u".jpg"_s);
+        const QString name = box.filePath(u"src/big"_s + QString::number(i) + u".jpg"_s);
         QFile::copy(first, name);
         sources.append(name);
     }
     return sources;
 }
 
-// Reads rows until the first "PIC" row, then sends SIGINT `times` times.
-void interruptAfterFirstPicture(QProcess &process, int times)
+// Reads rows until the first "PIC" row, then sends each signal.
+void signalAfterFirstPicture(QProcess &process, const QList<int> &signalNumbers)
 {
     QElapsedTimer clock;
     clock.start();
@@ -236,50 +211,148 @@ void interruptAfterFirstPicture(QProcess &process, int times)
         seen += process.peek(1 << 20);
     }
     ASSERT_TRUE(seen.contains("PIC\t"));
-    for (int i = 0; i < times; ++i) {
-        ::kill(pid_t(process.processId()), SIGINT);
+    for (const int signalNumber : signalNumbers) {
+        ::kill(pid_t(process.processId()), signalNumber);
         QThread::msleep(30);
     }
 }
 
-TEST_F(CliRunTest, CtrlCOnceFinishesTheFileAndStops)
+enum class Sources {
+    None,
+    Photo,           // one photo, named twice: converted once
+    MissingAndPhoto, // "src/fehlt.jpg" (not there) and a photo
+    Large,           // six large photos
+};
+
+enum class Written {
+    All,    // every source that exists
+    None,
+    Prefix, // the first k sources, 0 < k < all: the file in hand finished, nothing after it
+    Subset, // fewer than all
+};
+
+struct EndingCase
 {
-    const QStringList sources = largeSources(box, 8);
-    QProcess process;
-    startCli(process, QStringList {u"--style"_s, u"4"_s, u"--width"_s, u"1024"_s, u"--height"_s, u"768"_s,
-                                   u"--out"_s, u"out"_s, u"--jobs"_s, u"1"_s} + sources);
-    interruptAfterFirstPicture(process, 1);
-    ASSERT_TRUE(process.waitForFinished(60000));
+    const char *name;
+    Sources sources;
+    QStringList options;
+    const char *shell;           // nullptr: the program is started directly
+    QList<int> signalNumbers;    // sent once the first "PIC" row appeared
+    int exitCode;
+    QString err;                 // standard error, exactly
+    std::optional<QString> lastRow; // last row on standard output; "" none at all
+    Written written;
+};
 
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(process.exitCode(), 0);
-    const QStringList rows = QString::fromUtf8(process.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
-    ASSERT_FALSE(rows.isEmpty());
-    EXPECT_EQ(rows.last(), u"INF\tBearbeitung abgebrochen"_s);
-    const qsizetype written = rows.count(u"POK\tBild erfolgreich bearbeitet"_s);
-    EXPECT_GE(written, 1);
-    EXPECT_LT(written, 8);
-    EXPECT_EQ(test::filesBelow(box.filePath(u"out"_s)).size(), written);
-}
-
-TEST_F(CliRunTest, CtrlCTwiceEndsAtOnceWithoutPartialFiles)
+// How every way a run can end reaches the caller: exit code, standard error
+// and what was written.
+TEST_F(CliRunTest, EachEndingHasItsExitCode)
 {
-    const QStringList sources = largeSources(box, 8);
-    QProcess process;
-    startCli(process, QStringList {u"--style"_s, u"0"_s, u"--width"_s, u"3000"_s, u"--height"_s, u"2000"_s,
-                                   u"--format"_s, u"png"_s, u"--out"_s, u"out"_s, u"--jobs"_s, u"2"_s} + sources);
-    interruptAfterFirstPicture(process, 2);
-    ASSERT_TRUE(process.waitForFinished(10000));
+    const QStringList small {u"--style"_s, u"4"_s, u"--width"_s, u"160"_s, u"--height"_s, u"120"_s,
+                             u"--jobs"_s, u"1"_s};
+    // About half a second per file.
+    const QStringList slow {u"--style"_s, u"0"_s, u"--width"_s, u"3000"_s, u"--height"_s, u"2000"_s,
+                            u"--format"_s, u"png"_s, u"--jobs"_s, u"1"_s};
+    const QString mostJobs = QString::number(2 * std::max(1, QThread::idealThreadCount()));
+    const QString stopped = u"INF\tBearbeitung abgebrochen"_s;
+    const QString finished = u"INF\tBearbeitung abgeschlossen"_s;
+    const QList<EndingCase> cases {
+        {"converted", Sources::Photo, small, nullptr, {}, 0, {}, finished, Written::All},
+        {"file failed", Sources::MissingAndPhoto, small, nullptr, {}, 1,
+         u"src/fehlt.jpg: Quelldatei nicht gefunden\n"_s, finished, Written::All},
+        {"option refused", Sources::Photo, small + QStringList {u"--width-unit"_s, u"cm"_s}, nullptr, {}, 2,
+         u"valtrona-cli: --width-unit: ungültiger Wert „cm“ (erlaubt: px, %)\nHilfe mit: valtrona-cli --help\n"_s,
+         u""_s, Written::None},
+        {"folder refused", Sources::Photo, small + QStringList {u"--dir"_s, u"fehlt"_s}, nullptr, {}, 2,
+         u"Das Verzeichnis „fehlt“ wurde nicht gefunden !\n"_s, u""_s, Written::None},
+        {"check refused", Sources::None, small, nullptr, {}, 2, u"Sie haben keine Quelldateien gewählt !\n"_s,
+         u""_s, Written::None},
+        {"jobs clamped", Sources::Photo, small + QStringList {u"--jobs"_s, u"2147483648"_s}, nullptr, {}, 0,
+         u"valtrona-cli: --jobs liegt außerhalb von 1 bis "_s + mostJobs + u", verwendet wird "_s + mostJobs + u'\n',
+         finished, Written::All},
+        {"reader gone", Sources::Large, slow, R"("$0" "$@" | head -n 1; exit "${PIPESTATUS[0]}")", {}, 3,
+         u"valtrona-cli: Standardausgabe geschlossen, Bearbeitung abgebrochen\n"_s, std::nullopt, Written::Prefix},
+        {"output closed", Sources::Photo, small, R"(exec "$0" "$@" >&-)", {}, 3,
+         u"valtrona-cli: Standardausgabe geschlossen\n"_s, std::nullopt, Written::None},
+        {"SIGINT", Sources::Large, slow, nullptr, {SIGINT}, 130, {}, stopped, Written::Prefix},
+        {"SIGTERM", Sources::Large, slow, nullptr, {SIGTERM}, 143, {}, stopped, Written::Prefix},
+        // Ends in the middle of a file: no stop row, no partial file.
+        {"SIGINT twice", Sources::Large, slow + QStringList {u"--jobs"_s, u"2"_s}, nullptr, {SIGINT, SIGINT},
+         130, {}, std::nullopt, Written::Subset},
+    };
 
-    EXPECT_EQ(process.exitCode(), 130);
-    EXPECT_FALSE(QString::fromUtf8(process.readAllStandardOutput()).contains(u"Bearbeitung ab"_s));
-    // Whatever is there is a whole image under its own name.
-    for (const QString &name : test::filesBelow(box.filePath(u"out"_s))) {
-        EXPECT_TRUE(name.startsWith(u"big"_s) && name.endsWith(u".png"_s)) << name.toStdString();
-        int width = 0;
-        int height = 0;
-        EXPECT_TRUE(imaging::measure(box.filePath(u"out/"_s + name), width, height));
-        EXPECT_FALSE(imaging::pictureFromFile(box.filePath(u"out/"_s + name)).isNull()) << name.toStdString();
+    QStringList large;
+    for (const EndingCase &c : cases) {
+        SCOPED_TRACE(c.name);
+        QStringList sources;
+        switch (c.sources) {
+        case Sources::None:
+            break;
+        case Sources::Photo:
+            sources = QStringList {source(u"photo.jpg"_s), source(u"photo.jpg"_s)};
+            break;
+        case Sources::MissingAndPhoto:
+            sources = QStringList {u"src/fehlt.jpg"_s, source(u"photo.jpg"_s)};
+            break;
+        case Sources::Large:
+            if (large.isEmpty())
+                large = largeSources(box, 6);
+            sources = large;
+            break;
+        }
+        const QString out = u"out-"_s + QString::fromUtf8(c.name).replace(u' ', u'-');
+        const QString suffix = c.options.contains(u"png"_s) ? u".png"_s : u".jpg"_s;
+        QStringList targets; // names the sources that exist convert to, in list order
+        for (const QString &path : sources) {
+            const QFileInfo info(box.path(), path);
+            if (info.exists() && !targets.contains(info.completeBaseName() + suffix))
+                targets.append(info.completeBaseName() + suffix);
+        }
+
+        QProcess process;
+        startCli(process, c.options + QStringList {u"--out"_s, out} + sources, c.shell);
+        process.closeWriteChannel();
+        if (!c.signalNumbers.isEmpty())
+            signalAfterFirstPicture(process, c.signalNumbers);
+        ASSERT_TRUE(process.waitForFinished(120000));
+        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(process.exitCode(), c.exitCode);
+        EXPECT_EQ(QString::fromUtf8(process.readAllStandardError()), c.err);
+        const QStringList rows = QString::fromUtf8(process.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
+        if (c.lastRow) {
+            EXPECT_EQ(rows.isEmpty() ? QString() : rows.last(), *c.lastRow);
+        }
+        if (c.signalNumbers.size() > 1) {
+            EXPECT_FALSE(rows.join(u'\n').contains(u"Bearbeitung ab"_s));
+        }
+
+        // Whatever is there is a whole image under its own name.
+        const QStringList written = test::filesBelow(box.filePath(out));
+        for (const QString &name : written) {
+            EXPECT_TRUE(targets.contains(name)) << name.toStdString();
+            int width = 0;
+            int height = 0;
+            EXPECT_TRUE(imaging::measure(box.filePath(out + u'/' + name), width, height)) << name.toStdString();
+        }
+        switch (c.written) {
+        case Written::All:
+            EXPECT_EQ(written, targets);
+            break;
+        case Written::None:
+            EXPECT_EQ(written, QStringList());
+            break;
+        case Written::Prefix:
+            EXPECT_GE(written.size(), 1);
+            EXPECT_LT(written.size(), targets.size());
+            EXPECT_EQ(written, targets.mid(0, written.size()));
+            break;
+        case Written::Subset:
+            EXPECT_LT(written.size(), targets.size());
+            break;
+        }
+        if (c.written != Written::Subset && !c.shell) {
+            EXPECT_EQ(rows.count(u"POK\tBild erfolgreich bearbeitet"_s), written.size());
+        }
     }
 }
 

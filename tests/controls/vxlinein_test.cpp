@@ -430,7 +430,7 @@ TEST(LineInputStartPath, ProposesTheDefaultNameInTheLinesDirectory)
         {dir + u"/"_s, u"neu.txt"_s, dir + u"/neu.txt"_s},
         {file, QString(), file},
         {file, u"neu.txt"_s, dir + u"/neu.txt"_s},
-        {u"C:\\Bilder\\a.jpg"_s, QString(), u"C:/Bilder/a.jpg"_s},
+        {u"C:\\Bilder\\a.jpg"_s, QString(), u"C:\\Bilder\\a.jpg"_s},
         {u"/a/eins.txt|/a/zwei.txt"_s, QString(), u"/a/eins.txt"_s},
     };
     for (const auto &c : cases)

@@ -32,7 +32,7 @@ QString u8(const char *text)
     return QString::fromUtf8(text);
 }
 
-TEST(FileServices, PathTextIsTakenApartAtBothSeparators)
+TEST(FileServices, PathTextIsTakenApartAtSlashesOnly)
 {
     const auto add = [](const QString &p) { return files::addTrailingSeparator(p); };
     const auto remove = [](const QString &p) { return files::removeTrailingSeparator(p); };
@@ -48,28 +48,50 @@ TEST(FileServices, PathTextIsTakenApartAtBothSeparators)
         {"add", add, u8(""), u8("")},
         {"add", add, u8("   "), u8("")},
         {"add", add, u8("/Fotos/"), u8("/Fotos/")},
-        {"add", add, u8("C:\\Fotos\\"), u8("C:\\Fotos\\")},
+        {"add", add, u8("a\\"), u8("a\\/")},
         {"remove", remove, u8("/"), u8("/")},
         {"remove", remove, u8("/a/"), u8("/a")},
-        {"remove", remove, u8("a\\"), u8("a")},
+        {"remove", remove, u8("a\\"), u8("a\\")},
         {"name", name, u8("/a/b.jpg"), u8("b.jpg")},
-        {"name", name, u8("C:\\a\\c.jpg"), u8("c.jpg")},
+        {"name", name, u8("/bs/a\\b.jpg"), u8("a\\b.jpg")},
         {"name", name, u8("/a/b/"), u8("")},
         {"nameDropping", nameDropping, u8("/a/b/"), u8("b")},
         {"base", base, u8("/Fotos.2024/scan"), u8("scan")},
         {"base", base, u8("/x/a.b.jpg"), u8("a.b")},
         {"dir", dir, u8("bild.jpg"), u8("bild.jpg")},
         {"dir", dir, u8("/a/b/c.jpg"), u8("/a/b")},
-        {"dir", dir, u8("D:\\A\\x.png"), u8("D:\\A")},
+        {"dir", dir, u8("C:\\A\\x.png"), u8("C:\\A\\x.png")},
         {"dir", dir, u8("/x.jpg"), u8("")},
         {"ext", ext, u8("/Fotos.2024/scan"), u8("")},
         {"ext", ext, u8("x.JPG"), u8("JPG")},
-        {"ext", ext, u8("a\\b.c\\d"), u8("")},
+        {"ext", ext, u8("a\\b.c\\d"), u8("c\\d")},
         {"strip", strip, u8("/Fotos.2024/scan"), u8("/Fotos.2024/scan")},
         {"strip", strip, u8("/a/x.JPG"), u8("/a/x")},
+        {"strip", strip, u8("/x/12:30.jpg"), u8("/x/12:30")},
     };
     for (const TextCase &c : cases)
         EXPECT_EQ(c.op(c.input), c.expected) << c.name << "(\"" << c.input.toStdString() << "\")";
+}
+
+TEST(FileServices, NamesThatAreNotUtf8KeepTheirBytesAndStayApart)
+{
+    const QString e4 = QString(QChar(0xDCE4));
+    struct Case { QByteArray native; QString text; };
+    const Case cases[] = {
+        {"/a/\xc3\xa4rger.jpg", u8("/a/ärger.jpg")},
+        {"/a/\xe4rger.jpg", u8("/a/") + e4 + u8("rger.jpg")},
+        {"/a/\xf6rger.jpg", u8("/a/") + QChar(0xDCF6) + u8("rger.jpg")},
+        {"\xf0\x9f\x98\x80\xe4", u8("\U0001F600") + e4},
+        // Cut off, overlong, an encoded surrogate, beyond U+10FFFF: byte by byte.
+        {"\xe2\x82", QString(QChar(0xDCE2)) + QChar(0xDC82)},
+        {"\xc0\xaf", QString(QChar(0xDCC0)) + QChar(0xDCAF)},
+        {"\xed\xb2\x80", QString(QChar(0xDCED)) + QChar(0xDCB2) + QChar(0xDC80)},
+        {"\xf4\x90\x80\x80", QString(QChar(0xDCF4)) + QChar(0xDC90) + QChar(0xDC80) + QChar(0xDC80)},
+    };
+    for (const Case &c : cases) {
+        EXPECT_EQ(files::fileNameFromNative(c.native), c.text) << c.native.toHex().constData();
+        EXPECT_EQ(files::nativeFileName(c.text), c.native) << c.native.toHex().constData();
+    }
 }
 
 TEST(FileServices, ReplaceResumesAfterTheReplacement)
@@ -108,26 +130,33 @@ TEST(FileServices, ExistenceQueries)
     QDir().mkpath(box.filePath(QStringLiteral("Leer")));
     ASSERT_EQ(::symlink("nowhere", QFile::encodeName(box.filePath(QStringLiteral("dangling"))).constData()), 0);
 
-    struct Case { QString path; bool file; bool dir; };
+    box.writeNativeFile("Latin/\xe4.jpg", "x");
+
+    // `file`: fileExists (masks match, dangling links count); `there`:
+    // pathExists (neither).
+    struct Case { QString path; bool file; bool dir; bool there; };
     const Case cases[] = {
-        {QString(), false, false},
-        {QStringLiteral("."), false, true},
-        {box.filePath(QStringLiteral("Bilder/A.JPG")), true, false},
-        {box.filePath(QStringLiteral("Bilder")), true, true},
-        {box.filePath(QStringLiteral("Bilder/")), true, true},
-        {box.filePath(QStringLiteral("Bilder/*.jpg")), true, false},
-        {box.filePath(QStringLiteral("Bilder/?.jpg")), true, false},
-        {box.filePath(QStringLiteral("Bilder/*.png")), false, false},
-        {box.filePath(QStringLiteral("Leer/*.*")), false, false},
-        {box.filePath(QStringLiteral("Fehlt/*.jpg")), false, false},
-        {box.filePath(QStringLiteral("missing.jpg")), false, false},
-        {box.filePath(QStringLiteral("dangling")), true, false},
-        {QStringLiteral("/"), true, true},
+        {QString(), false, false, false},
+        {QStringLiteral("."), false, true, true},
+        {box.filePath(QStringLiteral("Bilder/A.JPG")), true, false, true},
+        {box.filePath(QStringLiteral("Bilder")), true, true, true},
+        {box.filePath(QStringLiteral("Bilder/")), true, true, true},
+        {box.filePath(QStringLiteral("Bilder/*.jpg")), true, false, false},
+        {box.filePath(QStringLiteral("Bilder/?.jpg")), true, false, false},
+        {box.filePath(QStringLiteral("Bilder/*.png")), false, false, false},
+        {box.filePath(QStringLiteral("Leer/*.*")), false, false, false},
+        {box.filePath(QStringLiteral("Fehlt/*.jpg")), false, false, false},
+        {box.filePath(QStringLiteral("missing.jpg")), false, false, false},
+        {box.filePath(QStringLiteral("dangling")), true, false, false},
+        {box.filePath(QStringLiteral("Latin/")) + QChar(0xDCE4) + QStringLiteral(".jpg"), true, false, true},
+        {box.filePath(QStringLiteral("Latin/")) + QChar(0xFFFD) + QStringLiteral(".jpg"), false, false, false},
+        {QStringLiteral("/"), true, true, true},
     };
     for (const Case &c : cases) {
         EXPECT_EQ(files::fileExists(c.path), c.file) << c.path.toStdString();
         EXPECT_EQ(files::dirExists(c.path), c.dir) << c.path.toStdString();
         EXPECT_EQ(files::dirExistsNonEmpty(c.path), c.dir) << c.path.toStdString();
+        EXPECT_EQ(files::pathExists(c.path), c.there) << c.path.toStdString();
     }
 }
 
@@ -139,9 +168,10 @@ TEST(FileServices, CreateDirectoryChainCreatesEveryLevel)
     EXPECT_TRUE(QFileInfo(box.filePath(QStringLiteral("eins/zwei/drei"))).isDir());
     EXPECT_TRUE(files::createDirectoryChain(deep + QLatin1Char('/')));  // already there
 
-    // "\" is a separator too, not part of a name.
-    EXPECT_TRUE(files::createDirectoryChain(box.path() + QStringLiteral("\\a\\b\\")));
-    EXPECT_TRUE(QFileInfo(box.filePath(QStringLiteral("a/b"))).isDir());
+    // "\" and ":" are characters of a name.
+    EXPECT_TRUE(files::createDirectoryChain(box.filePath(QStringLiteral("a\\b/c:d"))));
+    EXPECT_TRUE(QFileInfo(box.filePath(QStringLiteral("a\\b/c:d"))).isDir());
+    EXPECT_FALSE(QFileInfo::exists(box.filePath(QStringLiteral("a"))));
 
     // A file in the way: no directory, and the file is untouched.
     box.writeFile(QStringLiteral("datei"), "inhalt");
@@ -324,6 +354,33 @@ TEST_F(DirectoryWalk, FollowsTheOrderAndMatchesTheMaskInAnyCase)
         EXPECT_EQ(relative(result->files), c.files) << c.what;
         EXPECT_FALSE(result->cancelled);
     }
+}
+
+TEST_F(DirectoryWalk, JpegFilesOfAFolderLeaveHiddenOnesOutAndKeepEveryName)
+{
+    m_box.writeFile(u8("d.jpeg"), "x");
+    m_box.writeFile(u8(".x.jpg"), "x");
+    m_box.writeFile(u8(".thumbnails/normal/t.jpg"), "x");
+    m_box.writeFile(u8("Sub/e.jpe"), "x");
+    // Two Latin-1 names that only differ in their one non-UTF-8 byte, one
+    // of them in a folder whose name is not UTF-8 either.
+    m_box.writeNativeFile("\xe4.jpg", "x");
+    m_box.writeNativeFile("\xf6/\xe4.JPEG", "x");
+
+    const auto photos = files::listJpegFiles(root(), false);
+    ASSERT_TRUE(photos.has_value());
+    const QString e4 = QString(QChar(0xDCE4));
+    EXPECT_EQ(relative(*photos),
+              (QStringList{u8("a.jpg"), u8("b.JPG"), u8("d.jpeg"), e4 + u8(".jpg"), u8("aa/z.jpg"),
+                           u8("Sub/x.jpg"), u8("Sub/y.Jpg"), QChar(0xDCF6) + u8("/") + e4 + u8(".JPEG")}));
+    // Each one still names its own file.
+    for (const QString &photo : *photos)
+        EXPECT_TRUE(files::pathExists(photo)) << photo.toStdString();
+
+    // A folder among other paths brings its photos in its place.
+    const QString text = m_box.filePath(u8("c.txt"));
+    const QStringList expanded = files::expandFolders({text, m_box.filePath(u8("aa")), text});
+    EXPECT_EQ(relative(expanded), (QStringList{u8("c.txt"), u8("aa/z.jpg"), u8("c.txt")}));
 }
 
 TEST_F(DirectoryWalk, CollectsDirectoriesWithTrailingSeparator)

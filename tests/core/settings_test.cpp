@@ -191,7 +191,7 @@ TEST(SettingsPathTest, FollowsTheExecutableName)
     EXPECT_EQ(settingsFilePath(u".ini"_s, {}, u"valtrona"_s), dir + u"valtrona.ini"_s);
     EXPECT_EQ(settingsFilePath(u"log"_s, u"sub"_s, u"v"_s), dir + u"sub/v.log"_s);
     EXPECT_EQ(settingsFilePath(u"log"_s, u"sub/"_s, u"v"_s), dir + u"sub/v.log"_s);
-    EXPECT_EQ(settingsFilePath(u"log"_s, u"a\\b\\"_s, u"v"_s), dir + u"a/b/v.log"_s);
+    EXPECT_EQ(settingsFilePath(u"log"_s, u"a\\b"_s, u"v"_s), dir + u"a\\b/v.log"_s);
 
     EXPECT_EQ(settingsPath(), dir + base + u".ini"_s);
     test::Sandbox sandbox;

@@ -9,6 +9,11 @@
 
 #include <csignal>
 
+#include <fcntl.h>
+#include <ftw.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 void PrintTo(const QString &text, std::ostream *out)
 {
     *out << '"' << text.toStdString() << '"';
@@ -24,6 +29,34 @@ QString dataPath(const QString &relative)
 Sandbox::Sandbox()
 {
     EXPECT_TRUE(m_dir.isValid()) << "cannot create a temporary directory";
+}
+
+Sandbox::~Sandbox()
+{
+    // Qt's own removal cannot see names that are not UTF-8, so the tree goes
+    // by the system's calls, children first, links not followed.
+    if (!m_dir.isValid())
+        return;
+    ::nftw(QFile::encodeName(m_dir.path()).constData(),
+           [](const char *path, const struct stat *, int, struct FTW *) {
+               ::remove(path);
+               return 0;
+           },
+           16, FTW_DEPTH | FTW_PHYS);
+}
+
+QByteArray Sandbox::writeNativeFile(const QByteArray &relative, const QByteArray &bytes) const
+{
+    const QByteArray full = QFile::encodeName(m_dir.path()) + '/' + relative;
+    for (qsizetype at = full.indexOf('/', 1); at > 0; at = full.indexOf('/', at + 1))
+        ::mkdir(full.left(at).constData(), 0755);
+    const int fd = ::open(full.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    EXPECT_GE(fd, 0) << full.toStdString();
+    if (fd >= 0) {
+        EXPECT_EQ(::write(fd, bytes.constData(), size_t(bytes.size())), bytes.size());
+        ::close(fd);
+    }
+    return full;
 }
 
 QString Sandbox::path() const

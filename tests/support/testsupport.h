@@ -32,6 +32,14 @@ public:
     /// Copies a file from tests/data to a name inside the sandbox, replacing
     /// what is there (parents created); returns its path.
     QString copyData(const QString &dataRelative, const QString &relative) const;
+    /// Writes a file whose name inside the sandbox is given as the system's
+    /// bytes, for names that are not UTF-8 (parents created); returns its
+    /// full path as bytes.
+    QByteArray writeNativeFile(const QByteArray &relative, const QByteArray &bytes) const;
+
+    ~Sandbox();
+    Sandbox(const Sandbox &) = delete;
+    Sandbox &operator=(const Sandbox &) = delete;
 
 private:
     QTemporaryDir m_dir;
