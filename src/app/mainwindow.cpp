@@ -15,12 +15,11 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QShortcut>
-#include <QThread>
 #include <QVBoxLayout>
 
 #include "app/imagingpictureloader.h"
 #include "app/lineinputs.h"
-#include "app/offthreadimaging.h"
+#include "app/runcontroller.h"
 #include "app/settingsdialog.h"
 #include "app/sourcelist.h"
 #include "app/statuslist.h"
@@ -220,7 +219,8 @@ public:
 
     void showPreview(const QString &path) override { m_window.showRunPreview(path); }
 
-    void yield() override { QCoreApplication::processEvents(); }
+    // The run never waits on this thread; nothing to yield to.
+    void yield() override {}
 
     bool stopRequested() override { return m_window.m_stopRequested || m_window.m_closing; }
 
@@ -236,28 +236,13 @@ public:
 
     bool deleteSources() override { return m_window.m_chkDel->isChecked(); }
 
-    void fileFailed(const QString &, const Error &) override {}
+    void fileFailed(const QString &source, const Error &error) override
+    {
+        m_window.m_lvStat->setLastRowToolTip(source + QStringLiteral(": ")
+                                             + errorText(error.code));
+    }
 
     void runEnded() override { m_window.setWindowTitle(m_window.m_programTitle); }
-
-private:
-    MainWindow &m_window;
-};
-
-// The run's imaging, restarted only after the preview read-ahead is done.
-class MainWindow::RestartAwareImaging : public LibraryImaging
-{
-public:
-    explicit RestartAwareImaging(MainWindow &window)
-        : m_window(window)
-    {
-    }
-
-    bool restart() override
-    {
-        m_window.waitForPreviewWork();
-        return LibraryImaging::restart();
-    }
 
 private:
     MainWindow &m_window;
@@ -288,6 +273,12 @@ MainWindow::MainWindow(Environment environment, QWidget *parent)
     m_pictureLoader =
         std::make_shared<ImagingPictureLoader>([this](const QString &path) { return measureQuietly(path); });
     setAttribute(Qt::WA_QuitOnClose, true);
+    m_runHost = std::make_unique<RunHost>(*this);
+    m_runController = new RunController(*m_runHost, this);
+    connect(m_runController, &RunController::finished, this, &MainWindow::onRunFinished);
+    // The run's preview is read on its workers and shown when ready, so a
+    // 40-megapixel photo never holds up the window.
+    connect(m_runController, &RunController::previewReady, this, &MainWindow::showReadPreview);
 
     auto *layout = new QVBoxLayout(this);
     auto *cardArea = new QWidget(this);
@@ -362,6 +353,10 @@ MainWindow::MainWindow(Environment environment, QWidget *parent)
 MainWindow::~MainWindow()
 {
     shutDown();
+    // The controller lets the file in hand finish; the host it reports to
+    // goes after it.
+    delete m_runController;
+    m_runController = nullptr;
 }
 
 void MainWindow::buildSourceCard(QWidget *card)
@@ -698,6 +693,7 @@ void MainWindow::onBack()
 void MainWindow::onStop()
 {
     m_stopRequested = true;
+    m_runController->checkStop();
 }
 
 void MainWindow::onReset()
@@ -813,45 +809,20 @@ void MainWindow::onPresetPicked(int list)
 
 void MainWindow::showRunPreview(const QString &path)
 {
-    m_wantedPreview = path;
+    // An empty path also tells the controller that no preview is wanted any more.
+    m_runController->readPreview(path, m_picPrev->size() * m_picPrev->devicePixelRatioF());
     if (path.isEmpty())
         m_picPrev->cls();
-    else
-        startPreviewWork();
 }
 
-void MainWindow::startPreviewWork()
+void MainWindow::showReadPreview(const QString &path, const LoadedPicture &picture)
 {
-    if (m_previewWorker || m_wantedPreview.isEmpty())
-        return;
-    const QString path = m_wantedPreview;
-    const QSize box = m_picPrev->size() * m_picPrev->devicePixelRatioF();
-    auto picture = std::make_shared<LoadedPicture>();
-    m_previewWorker = QThread::create([path, box, picture] { *picture = ImagingPictureLoader::readPreview(path, box); });
-    m_previewWorker->setParent(this);
-    connect(m_previewWorker, &QThread::finished, this, [this, path, picture] {
-        m_previewWorker->deleteLater();
-        m_previewWorker = nullptr;
-        if (path == m_wantedPreview) {
-            m_pictureLoader->prime(path, *picture);
-            m_picPrev->setFileName(path);
-        } else {
-            startPreviewWork(); // the run has moved on meanwhile
-        }
-    });
-    m_previewWorker->start();
-}
-
-void MainWindow::waitForPreviewWork()
-{
-    if (m_previewWorker)
-        m_previewWorker->wait();
+    m_pictureLoader->prime(path, picture);
+    m_picPrev->setFileName(path);
 }
 
 void MainWindow::restartImaging()
 {
-    // The layer restarts only while none of its calls runs elsewhere.
-    waitForPreviewWork();
     imaging::restart();
 }
 
@@ -929,7 +900,6 @@ void MainWindow::runConversion()
     m_prog->setValue(0);
     m_running = true;
     m_suppressReports = true;
-    QCoreApplication::processEvents();
 
     RunParameters parameters;
     parameters.sources = sources;
@@ -946,17 +916,16 @@ void MainWindow::runConversion()
     }
     parameters.keepDirectoryStructure = m_chkKeepDir->isChecked();
 
-    RunHost host(*this);
-    RestartAwareImaging library(*this);
-    OffThreadImaging imaging(library);
     const QString settings = m_env.settingsPath;
-    ConversionRun run(host, imaging, [settings] { return readDrawingSettings(settings); });
-    run.run(parameters);
-    waitForPreviewWork();
+    m_runController->start(parameters, [settings] { return readDrawingSettings(settings); }, m_env.jobs);
+}
 
+void MainWindow::onRunFinished(const RunSummary &summary)
+{
     m_prog->setValue(0);
     m_running = false;
     m_suppressReports = false;
+    m_lblStat->setText(runSummaryText(summary));
     Q_EMIT runFinished();
 
     if (m_closing) {
@@ -982,6 +951,7 @@ void MainWindow::closeEvent(QCloseEvent *event)
         // has unwound (see runConversion()).
         m_closing = true;
         hide();
+        m_runController->checkStop();
         return;
     }
     shutDown();
@@ -993,7 +963,6 @@ void MainWindow::shutDown()
     if (m_shutDown)
         return;
     m_shutDown = true;
-    waitForPreviewWork();
     terminateControls(this);
     imaging::setReporter({});
     imaging::stop();

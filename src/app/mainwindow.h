@@ -15,11 +15,13 @@ class QLabel;
 class QProgressBar;
 class QPushButton;
 class QRadioButton;
-class QThread;
 
 namespace valtrona {
 
 class ImagingPictureLoader;
+class RunController;
+struct LoadedPicture;
+struct RunSummary;
 class SourceList;
 class StatusList;
 class UserDialogs;
@@ -46,6 +48,8 @@ public:
         std::function<bool()> startImaging;
         /// Ends the program; called when the window goes away.
         std::function<void()> quit;
+        /// Files converted at once; 0 means one per core.
+        int jobs = 0;
     };
 
     /// The settings path of the process, the standard dialogs, the imaging
@@ -92,7 +96,6 @@ protected:
 
 private:
     class RunHost;
-    class RestartAwareImaging;
 
     void buildSourceCard(QWidget *card);
     void buildParameterCard(QWidget *card);
@@ -113,8 +116,7 @@ private:
 
     QSize measureQuietly(const QString &path);
     void showRunPreview(const QString &path);
-    void startPreviewWork();
-    void waitForPreviewWork();
+    void showReadPreview(const QString &path, const LoadedPicture &picture);
     void restartImaging();
     void updateSourceCount();
     void showSourcePreview(const QString &path);
@@ -123,6 +125,7 @@ private:
     static int selectedItemData(const QComboBox *combo);
     static int selectedItemData(const VxLineIn *line);
     void runConversion();
+    void onRunFinished(const RunSummary &summary);
     void reportImagingFailure(const QString &title, const QString &text);
     void shutDown();
 
@@ -137,10 +140,8 @@ private:
     QString m_lastSourceFolder;
 
     std::shared_ptr<ImagingPictureLoader> m_pictureLoader;
-    // The run's preview is read ahead on a worker and shown when ready, so a
-    // 40-megapixel photo never holds up the window.
-    QThread *m_previewWorker = nullptr;
-    QString m_wantedPreview;
+    std::unique_ptr<RunHost> m_runHost;
+    RunController *m_runController = nullptr;
     VxActCtrl *m_aa = nullptr;
 
     // Card 1

@@ -39,6 +39,12 @@ void StatusList::addStatusRow(const QString &text, int kind, const QString &path
     Q_EMIT rowAdded(text);
 }
 
+void StatusList::setLastRowToolTip(const QString &text)
+{
+    if (QTreeWidgetItem *row = topLevelItem(topLevelItemCount() - 1))
+        row->setToolTip(0, text);
+}
+
 QString StatusList::rowText(int row) const
 {
     const QTreeWidgetItem *item = topLevelItem(row);

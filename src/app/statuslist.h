@@ -16,6 +16,9 @@ public:
     /// Appends a row with the symbol of kind (1 "PIC" ... 4 "INF", else "EPY") and path as its tag.
     void addStatusRow(const QString &text, int kind, const QString &path);
 
+    /// Gives the newest row a tooltip (why a file failed).
+    void setLastRowToolTip(const QString &text);
+
     /// Text, symbol key and tag of the row at position row (0-based).
     QString rowText(int row) const;
     QString rowKey(int row) const;

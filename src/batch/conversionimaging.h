@@ -1,13 +1,18 @@
 #pragma once
 
 #include "core/error.h"
+#include "core/expected.h"
 
-#include <QByteArray>
 #include <QString>
 
+#include <atomic>
 #include <optional>
 
 namespace valtrona {
+
+namespace files {
+class PendingFile;
+}
 
 /// Quality and drawing modes of section "JPG", read anew for every file.
 struct DrawingSettings
@@ -17,22 +22,39 @@ struct DrawingSettings
     int smoothing = 4;     ///< "SMT"
     int pixelOffset = 2;   ///< "PXL"
     int compositing = 2;   ///< "CMP"
-
     bool operator==(const DrawingSettings &other) const = default;
 };
 
-/// Pixel size of a source; 0 x 0 when it cannot be read.
-struct SourceSize
+/// The file formats a run writes.
+enum class ImageFormat { Jpeg, Png };
+
+/// The format of a format code, ignoring case: "J" JPEG, "P" PNG; nothing
+/// for any other code (such a run saves nothing).
+std::optional<ImageFormat> formatForCode(const QString &code);
+
+/// What the run learns from a source's header before it draws it.
+struct SourceFacts
 {
     int width = 0;
     int height = 0;
-    /// False only when measuring failed with an error rather than an unreadable file.
-    bool measured = true;
+    qint64 decodeBytes = 0; ///< memory the decoder needs beyond streaming
 };
 
-/// The imaging operations a conversion run uses. Everything but restart()
-/// may be called from several worker threads at once; restart() is called
-/// only while no other call is running.
+/// One drawing: a source scaled to exactly width x height.
+struct DrawJob
+{
+    QString source;
+    int width = 0;
+    int height = 0;
+    DrawingSettings settings;
+    ImageFormat format = ImageFormat::Jpeg;
+    bool carryExif = false; ///< a JPEG source's EXIF block goes into a JPEG output
+    const std::atomic_bool *cancel = nullptr; ///< when set, the drawing may end early with an error
+};
+
+/// The imaging a conversion run uses. Everything but restart() is called
+/// from several worker threads at once; restart() only while no other call
+/// runs. Outputs are written into pending files that the run puts into place.
 class ConversionImaging
 {
 public:
@@ -40,35 +62,14 @@ public:
 
     /// Releases what the imaging library holds and starts it again; false when it failed.
     virtual bool restart() = 0;
-    /// Reads the size from the file's header.
-    virtual SourceSize measure(const QString &path) = 0;
-    /// Draws `source` scaled to exactly width x height and saves it to `target`
-    /// ("J" JPEG with settings.quality, "P" PNG, any other code saves nothing).
-    /// The target appears whole or not at all.
-    virtual bool drawAndSave(const QString &source, const QString &target, int width, int height,
-                             const DrawingSettings &settings, const QString &formatCode) = 0;
-    /// Copies a file byte for byte into place (temporary name, then rename).
-    virtual bool copyFile(const QString &source, const QString &target) = 0;
-    /// The EXIF header block of a JPEG source, or nothing.
-    virtual std::optional<QByteArray> readExif(const QString &source) = 0;
-    /// Puts an EXIF block in front of a JPEG target; false when the target is not fit for it.
-    virtual bool writeExif(const QString &target, const QByteArray &block) = 0;
-    /// Why the calling thread's last failed call failed.
-    virtual Error lastError() = 0;
-};
-
-/// ConversionImaging over the program's imaging layer.
-class LibraryImaging : public ConversionImaging
-{
-public:
-    bool restart() override;
-    SourceSize measure(const QString &path) override;
-    bool drawAndSave(const QString &source, const QString &target, int width, int height,
-                     const DrawingSettings &settings, const QString &formatCode) override;
-    bool copyFile(const QString &source, const QString &target) override;
-    std::optional<QByteArray> readExif(const QString &source) override;
-    bool writeExif(const QString &target, const QByteArray &block) override;
-    Error lastError() override;
+    /// Reads the header only.
+    [[nodiscard]] virtual Expected<SourceFacts, Error> inspect(const QString &path) = 0;
+    /// Peak memory of a drawing, estimated from the header, for admitting it.
+    virtual qint64 drawMemory(const SourceFacts &facts, const DrawJob &job) = 0;
+    /// Draws, encodes and writes into `output`; complete only on success.
+    [[nodiscard]] virtual Expected<void, Error> drawInto(const DrawJob &job, files::PendingFile &output) = 0;
+    /// The source's bytes unchanged into `output`.
+    [[nodiscard]] virtual Expected<void, Error> copyInto(const QString &source, files::PendingFile &output) = 0;
 };
 
 } // namespace valtrona

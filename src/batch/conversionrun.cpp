@@ -1,20 +1,20 @@
 #include "batch/conversionrun.h"
 
+#include "batch/memorybudget.h"
 #include "batch/naming.h"
 #include "batch/sizerules.h"
+#include "batch/workerpool.h"
 #include "core/fileservices.h"
 #include "core/numeric.h"
+#include "core/targetfolder.h"
 #include "core/trash.h"
 
-#include <QDir>
 #include <QFileInfo>
 
-#include <chrono>
+#include <atomic>
 #include <condition_variable>
-#include <deque>
-#include <memory>
+#include <map>
 #include <mutex>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -28,21 +28,14 @@ namespace {
 // multiple of this, so its memory does not grow over long runs.
 constexpr int restartInterval = 15;
 
-// How long the parallel run waits for a worker before it lets the host
-// process events and looks at the stop flag again.
-constexpr std::chrono::milliseconds pollInterval(40);
+// How long run() waits for a worker before it lets the host yield.
+constexpr std::chrono::milliseconds yieldInterval(40);
 
-// A path as the file system resolves its directory: two paths that give the
-// same identity name the same directory entry, so writing one replaces the
-// other. The last component is kept as it is (a link there is replaced by
-// the rename that puts a target into place, not followed).
-QString entryIdentity(const QString &path)
+using IdentityKey = std::pair<quint64, quint64>;
+
+IdentityKey keyOf(const files::FileIdentity &identity)
 {
-    const QFileInfo info(path);
-    QString directory = QFileInfo(info.absolutePath()).canonicalFilePath();
-    if (directory.isEmpty())
-        directory = QDir::cleanPath(info.absolutePath());
-    return directory + u'/' + info.fileName();
+    return {identity.device, identity.inode};
 }
 
 } // namespace
@@ -103,133 +96,271 @@ int runPercent(int index, int count)
     return toInt32Or(static_cast<double>(index) / count * 100.0, 0);
 }
 
-// Everything one file needs, gathered on the run's thread before its work.
-struct ConversionRun::FileTask
+namespace {
+
+// Everything one file's work needs, gathered on the run's thread when the
+// file is handed to a worker.
+struct FileTask
 {
     QString source;
     QString target;
-    QDateTime sourceDate;    ///< valid only when the date is kept
-    bool keepDate = false;
+    QDateTime sourceDate; ///< valid only when the date is kept
     bool copyExif = false;
-    bool sourceIsTarget = false;
     int style = 0;
     QString formatCode;
     FileInputs inputs;
-    DrawingSettings drawing; ///< read ahead for worker threads
+    DrawingSettings drawing;
 };
 
-ConversionRun::ConversionRun(ConversionHost &host, ConversionImaging &imaging,
-                             DrawingSettingsReader drawingSettings)
-    : m_host(host)
-    , m_imaging(imaging)
-    , m_drawingSettings(std::move(drawingSettings))
+// What a worker made of a file: its detail rows and, on success, the
+// finished output waiting to be put into place.
+struct FileOutcome
 {
-}
+    QList<StatusRow> rows;
+    files::PendingFile output;
+    bool copied = false; ///< the output is the source's bytes unchanged
+    std::optional<Error> failure;
+};
 
-void ConversionRun::setJobs(int jobs)
-{
-    m_jobs = jobs < 1 ? 1 : jobs;
-}
-
-int ConversionRun::jobs() const
-{
-    return m_jobs;
-}
-
-void ConversionRun::setConvertInBackground(bool background)
-{
-    m_background = background;
-}
-
-RunSummary ConversionRun::run(const RunParameters &parameters)
-{
-    RunSummary summary;
-    restartImaging(summary);
-    m_host.clearStatusRows();
-
-    summary.count = static_cast<int>(parameters.sources.size());
-    addRow(runtext::startRow(summary.count), StatusKind::Info);
-
-    const QString commonBase = commonBaseDirectory(parameters.sources);
-    if ((m_jobs > 1 && summary.count > 1) || (m_background && summary.count > 0))
-        runParallel(parameters, commonBase, summary);
-    else
-        runSequential(parameters, commonBase, summary);
-
-    // Finished or stopped, the run ends the same way.
-    restartImaging(summary);
-    m_host.runEnded();
-    m_host.showPreview(QString());
-    return summary;
-}
-
-void ConversionRun::runSequential(const RunParameters &parameters, const QString &commonBase,
-                                  RunSummary &summary)
-{
-    const int count = summary.count;
-    for (int i = 1; i <= count; ++i) {
-        if (i % restartInterval == 0)
-            restartImaging(summary);
-
-        const QString progress = runtext::progressText(i, count);
-        m_host.setCaptionPercent(runPercent(i, count));
-
-        FileTask task = prepareFile(parameters, commonBase, i);
-        files::createDirectoryChain(files::directoryPart(task.target));
-
-        m_host.yield();
-        if (m_host.stopRequested()) {
-            addRow(runtext::stopped(), StatusKind::Info);
-            summary.stopped = true;
-            return;
-        }
-
-        m_host.showPreview(task.source);
-        addRow(runtext::pictureRow(task.source), StatusKind::Picture, task.source);
-        m_host.setProgress(i, count, progress);
-        m_host.yield();
-
-        task.inputs = m_host.fileInputs();
-        const RowSink toHost = [this](const StatusRow &row) { m_host.addStatusRow(row); };
-        // The EXIF block is taken before the conversion: when a source is its
-        // own target, the conversion has replaced it by then.
-        std::optional<QByteArray> exif;
-        if (task.copyExif)
-            exif = m_imaging.readExif(task.source);
-        Error failure;
-        const bool converted = convertPicture(task, toHost, m_drawingSettings, failure);
-        if (converted && exif)
-            m_imaging.writeExif(task.target, *exif);
-        finishFile(task, converted, failure, summary);
-    }
-    addRow(runtext::finished(), StatusKind::Info);
-}
-
-ConversionRun::FileTask ConversionRun::prepareFile(const RunParameters &parameters,
-                                                   const QString &commonBase, int index) const
+struct FileSlot
 {
     FileTask task;
-    task.source = parameters.sources.at(index - 1);
-    const QString target = composeTargetPath(parameters.targetDirectory, commonBase, task.source,
-                                             parameters.keepDirectoryStructure,
-                                             parameters.formatCode);
-    task.target = renameTarget(target, parameters.searchText, parameters.replaceText);
-    task.keepDate = parameters.keepDate;
-    if (task.keepDate)
-        task.sourceDate = QFileInfo(task.source).lastModified();
-    task.copyExif = parameters.copyExif;
-    task.sourceIsTarget = entryIdentity(task.source) == entryIdentity(task.target);
-    task.style = parameters.changeStyle;
-    task.formatCode = parameters.formatCode;
-    return task;
+    FileOutcome outcome;
+    std::atomic_bool cancel {false};
+    bool dispatched = false;
+    bool done = false; ///< guarded by the run's mutex
+};
+
+} // namespace
+
+class ConversionRun::Private
+{
+public:
+    Private(ConversionHost &host, ConversionImaging &imaging, WorkerPool &pool, DrawingSettingsReader drawing)
+        : m_host(host)
+        , m_imaging(imaging)
+        , m_pool(pool)
+        , m_drawingSettings(std::move(drawing))
+    {
+    }
+
+    void start(const RunParameters &parameters);
+    bool advance();
+    void cancelFrom(int first);
+    void waitForJobs();
+
+    ConversionHost &m_host;
+    ConversionImaging &m_imaging;
+    WorkerPool &m_pool;
+    DrawingSettingsReader m_drawingSettings;
+    qint64 m_budgetBytes = defaultMemoryBudget;
+
+    enum class Phase { Idle, Running, Stopping, Finished };
+    Phase m_phase = Phase::Idle;
+    RunSummary m_summary;
+
+private:
+    bool openTurn();
+    void fill();
+    void dispatch(int index);
+    FileOutcome convert(const FileTask &task, const std::atomic_bool &cancel) const;
+    Expected<files::PendingFile, Error> newOutput() const;
+    void report(FileSlot &slot, int index);
+    void putIntoPlace(FileSlot &slot, int index);
+    void fail(const FileTask &task, const Error &error);
+    bool laterSource(const std::optional<files::FileIdentity> &identity, int index) const;
+    bool isDone(const FileSlot &slot) const;
+    int jobsInFlight() const;
+    void finish();
+    void restartImaging();
+    void addRow(const QString &text, StatusKind kind, const QString &tag = QString());
+
+    RunParameters m_parameters;
+    QString m_commonBase;
+    std::optional<files::TargetFolder> m_folder;
+    Error m_folderError;
+    std::unique_ptr<MemoryBudget> m_budget;
+    std::vector<std::unique_ptr<FileSlot>> m_slots; // index 1..count
+    std::map<IdentityKey, int> m_lastSourceIndex;   // file -> last list position it is a source at
+    int m_turn = 1;           // the file whose rows come next
+    bool m_turnOpened = false; // its "PIC" row is written
+    int m_dispatched = 0;     // files 1..m_dispatched were handed to workers
+    int m_window = 2;         // files handed out ahead of the turn
+
+    mutable std::mutex m_mutex;
+    std::condition_variable m_jobEnded;
+    int m_jobsInFlight = 0;
+};
+
+void ConversionRun::Private::start(const RunParameters &parameters)
+{
+    m_parameters = parameters;
+    m_summary = RunSummary();
+    m_summary.count = int(parameters.sources.size());
+    m_phase = Phase::Running;
+    m_turn = 1;
+    m_turnOpened = false;
+    m_dispatched = 0;
+    m_window = 2 * m_pool.workerCount();
+    m_budget = std::make_unique<MemoryBudget>(m_budgetBytes);
+    m_slots.clear();
+    m_slots.resize(size_t(m_summary.count) + 1);
+    for (int i = 1; i <= m_summary.count; ++i)
+        m_slots[size_t(i)] = std::make_unique<FileSlot>();
+
+    restartImaging();
+    m_host.clearStatusRows();
+    addRow(runtext::startRow(m_summary.count), StatusKind::Info);
+
+    m_commonBase = commonBaseDirectory(parameters.sources);
+    m_folder.reset();
+    if (m_summary.count > 0) {
+        auto folder = files::TargetFolder::open(files::addTrailingSeparator(parameters.targetDirectory));
+        if (folder)
+            m_folder = std::move(*folder);
+        else
+            m_folderError = folder.error();
+    }
+    // A source is known by what it is, not by its path text: by the file
+    // it reaches and by its own directory entry (when it is a link).
+    m_lastSourceIndex.clear();
+    for (int i = 1; i <= m_summary.count; ++i) {
+        const QString &source = parameters.sources.at(i - 1);
+        for (const auto &identity : {files::fileIdentity(source), files::entryIdentity(source)}) {
+            if (identity)
+                m_lastSourceIndex[keyOf(*identity)] = i;
+        }
+    }
 }
 
-bool ConversionRun::convertPicture(const FileTask &task, const RowSink &sink,
-                                   const DrawingSettingsReader &drawing, Error &failure)
+bool ConversionRun::Private::advance()
 {
-    // The size as its text would read ("4000 x 3000"); the numbers are what
-    // the rest works with.
-    const SourceSize size = m_imaging.measure(task.source);
+    if (m_phase == Phase::Running && m_host.stopRequested()) {
+        // The stop is certain from here on: work on files after the one in
+        // hand can end now, it would be thrown away anyway.
+        cancelFrom(m_turnOpened ? m_turn + 1 : m_turn);
+    }
+    for (;;) {
+        switch (m_phase) {
+        case Phase::Idle:
+        case Phase::Finished:
+            return false;
+        case Phase::Stopping:
+            if (jobsInFlight() > 0)
+                return true;
+            finish();
+            return false;
+        case Phase::Running:
+            break;
+        }
+        if (m_turn > m_summary.count) {
+            addRow(runtext::finished(), StatusKind::Info);
+            finish();
+            return false;
+        }
+        if (!m_turnOpened && !openTurn())
+            continue; // the stop was honoured
+        FileSlot &slot = *m_slots[size_t(m_turn)];
+        if (!isDone(slot)) {
+            fill();
+            return true;
+        }
+        report(slot, m_turn);
+        m_slots[size_t(m_turn)].reset();
+        ++m_turn;
+        m_turnOpened = false;
+    }
+}
+
+// The steps of a file's turn before its work is reported, in the order a
+// run one file after the other takes them; false when the stop came.
+bool ConversionRun::Private::openTurn()
+{
+    const int index = m_turn;
+    const int count = m_summary.count;
+    if (index % restartInterval == 0)
+        restartImaging(); // every file before is done, none after was started
+    m_host.setCaptionPercent(runPercent(index, count));
+    fill();
+
+    const FileTask &task = m_slots[size_t(index)]->task;
+    if (const auto relative = m_folder ? m_folder->relativePath(task.target) : std::nullopt) {
+        // The target's folder exists from its file's turn on, converted or
+        // not; a failure here shows when the output is put into place.
+        const qsizetype slash = relative->lastIndexOf(u'/');
+        if (slash > 0) {
+            const auto created = m_folder->createFolders(relative->left(slash));
+            Q_UNUSED(created);
+        }
+    }
+
+    if (m_host.stopRequested()) {
+        addRow(runtext::stopped(), StatusKind::Info);
+        m_summary.stopped = true;
+        cancelFrom(index);
+        m_phase = Phase::Stopping;
+        return false;
+    }
+    m_host.showPreview(task.source);
+    addRow(runtext::pictureRow(task.source), StatusKind::Picture, task.source);
+    m_host.setProgress(index, count, runtext::progressText(index, count));
+    m_turnOpened = true;
+    return true;
+}
+
+// Hands files to the workers up to the window ahead of the turn, never past
+// the next restart.
+void ConversionRun::Private::fill()
+{
+    const int limit = std::min(m_summary.count, m_turn + m_window - 1);
+    while (m_dispatched < limit && (m_dispatched + 1) / restartInterval == m_turn / restartInterval)
+        dispatch(m_dispatched + 1);
+}
+
+void ConversionRun::Private::dispatch(int index)
+{
+    FileSlot &slot = *m_slots[size_t(index)];
+    FileTask &task = slot.task;
+    task.source = m_parameters.sources.at(index - 1);
+    const QString target = composeTargetPath(m_parameters.targetDirectory, m_commonBase, task.source,
+                                             m_parameters.keepDirectoryStructure, m_parameters.formatCode);
+    task.target = renameTarget(target, m_parameters.searchText, m_parameters.replaceText);
+    if (m_parameters.keepDate)
+        task.sourceDate = QFileInfo(task.source).lastModified();
+    task.copyExif = m_parameters.copyExif;
+    task.style = m_parameters.changeStyle;
+    task.formatCode = m_parameters.formatCode;
+    task.inputs = m_host.fileInputs();
+    task.drawing = m_drawingSettings ? m_drawingSettings() : DrawingSettings();
+
+    slot.dispatched = true;
+    m_dispatched = index;
+    {
+        std::lock_guard lock(m_mutex);
+        ++m_jobsInFlight;
+    }
+    m_pool.submit([this, &slot] {
+        FileOutcome outcome;
+        if (!slot.cancel.load())
+            outcome = convert(slot.task, slot.cancel);
+        // Notified under the lock: once it is released this job touches
+        // nothing of the run, which may then go away.
+        std::lock_guard lock(m_mutex);
+        slot.outcome = std::move(outcome);
+        slot.done = true;
+        --m_jobsInFlight;
+        m_jobEnded.notify_all();
+    });
+}
+
+// A file's work, on a worker: measure, size, then copy or draw into a
+// pending output. Rows are collected for the run's thread to write.
+FileOutcome ConversionRun::Private::convert(const FileTask &task, const std::atomic_bool &cancel) const
+{
+    FileOutcome outcome;
+    const auto inspected = m_imaging.inspect(task.source);
+    // An unreadable or missing file measures 0 x 0; the size rules decide.
+    const SourceFacts facts = inspected ? *inspected : SourceFacts();
 
     SizeRequest request;
     request.widthInput = toInt32Or(val(task.inputs.widthText), 0);
@@ -237,246 +368,234 @@ bool ConversionRun::convertPicture(const FileTask &task, const RowSink &sink,
     request.widthUnit = task.inputs.widthUnit;
     request.heightUnit = task.inputs.heightUnit;
     request.style = task.style;
-    request.sourceWidth = size.width;
-    request.sourceHeight = size.height;
+    request.sourceWidth = facts.width;
+    request.sourceHeight = facts.height;
     const TargetSize target = computeTargetSize(request);
-    sink({targetSizeStatusText(target), int(StatusKind::Info), QString()});
+    outcome.rows.append({targetSizeStatusText(target), int(StatusKind::Info), QString()});
     if (!target.usable) {
-        failure = size.width == 0 && size.height == 0 ? m_imaging.lastError() : Error {ErrorCode::SizeUnusable, {}};
-        return false;
+        outcome.failure = inspected ? Error {ErrorCode::SizeUnusable, {}} : inspected.error();
+        return outcome;
+    }
+    outcome.rows.append({u"Dateiname : "_s + files::fileNamePart(task.target), int(StatusKind::Info), task.target});
+    if (!inspected) {
+        outcome.failure = inspected.error();
+        return outcome;
     }
 
-    sink({u"Dateiname : "_s + files::fileNamePart(task.target), int(StatusKind::Info), task.target});
-    const DrawingSettings settings = drawing ? drawing() : task.drawing;
+    const bool sameSize = target.width == facts.width && target.height == facts.height;
+    if (sameSize) {
+        outcome.rows.append({u"Quelldatei hat bereits korrekte Größe ("_s + QString::number(facts.width) + u'x'
+                                 + QString::number(facts.height) + u')',
+                             int(StatusKind::Info), QString()});
+    }
+    const std::optional<ImageFormat> format = formatForCode(task.formatCode);
+    if (!sameSize && !format) {
+        outcome.failure = Error {ErrorCode::NoEncoder, u"format code "_s + task.formatCode};
+        return outcome;
+    }
 
-    if (target.width == size.width && target.height == size.height) {
-        sink({u"Quelldatei hat bereits korrekte Größe ("_s + QString::number(size.width) + u'x'
-                  + QString::number(size.height) + u')',
-              int(StatusKind::Info), QString()});
-        const bool copied = m_imaging.copyFile(task.source, task.target);
-        if (!copied)
-            failure = m_imaging.lastError();
-        return copied && QFileInfo(task.target).isFile();
+    DrawJob job;
+    job.source = task.source;
+    job.width = target.width;
+    job.height = target.height;
+    job.settings = task.drawing;
+    job.format = format.value_or(ImageFormat::Jpeg);
+    job.carryExif = task.copyExif;
+    job.cancel = &cancel;
+    // A right-size copy streams; a drawing waits until its memory fits.
+    MemoryBudget::Reservation memory;
+    if (!sameSize) {
+        memory = m_budget->acquire(m_imaging.drawMemory(facts, job), &cancel);
+        if (!memory.isGranted()) {
+            outcome.failure = cancel.load() ? Error {ErrorCode::Internal, u"cancelled"_s}
+                                            : Error {ErrorCode::TooLarge, {}};
+            return outcome;
+        }
     }
-    if (size.measured) {
-        const bool saved = m_imaging.drawAndSave(task.source, task.target, target.width,
-                                                 target.height, settings, task.formatCode);
-        if (!saved)
-            failure = m_imaging.lastError();
-        return saved && QFileInfo(task.target).isFile();
+    auto output = newOutput();
+    if (!output) {
+        outcome.failure = output.error();
+        return outcome;
     }
-    failure = {ErrorCode::UnknownFormat, {}};
-    sink({u"Ungültiges Dateiformat ("_s + files::extensionPart(task.source) + u')',
-          int(StatusKind::Error), QString()});
-    return false;
+    const auto made = sameSize ? m_imaging.copyInto(task.source, *output) : m_imaging.drawInto(job, *output);
+    if (!made) {
+        outcome.failure = made.error();
+        return outcome;
+    }
+    outcome.output = std::move(*output);
+    outcome.copied = sameSize;
+    return outcome;
 }
 
-void ConversionRun::finishFile(const FileTask &task, bool converted, const Error &failure,
-                               RunSummary &summary)
+Expected<files::PendingFile, Error> ConversionRun::Private::newOutput() const
 {
-    if (!converted) {
-        addRow(runtext::failure(), StatusKind::Error);
-        m_host.fileFailed(task.source, failure);
-        ++summary.failed;
+    if (!m_folder)
+        return unexpected(m_folderError);
+    return m_folder->createPending();
+}
+
+// The rest of a file's turn, once its work is done.
+void ConversionRun::Private::report(FileSlot &slot, int index)
+{
+    for (const StatusRow &row : std::as_const(slot.outcome.rows))
+        m_host.addStatusRow(row);
+    if (slot.outcome.failure) {
+        fail(slot.task, *slot.outcome.failure);
         return;
     }
+    putIntoPlace(slot, index);
+}
+
+void ConversionRun::Private::putIntoPlace(FileSlot &slot, int index)
+{
+    const FileTask &task = slot.task;
+    FileOutcome &outcome = slot.outcome;
+    const std::optional<QString> relative = m_folder->relativePath(task.target);
+    if (!relative) {
+        fail(task, {ErrorCode::TargetPathUnsafe, task.target});
+        return;
+    }
+    const std::optional<files::FileIdentity> present = m_folder->entryIdentity(*relative);
+    // Writing over a source that has not had its turn would lose it.
+    if (laterSource(present, index)) {
+        fail(task, {ErrorCode::TargetIsUnreadSource, task.target});
+        return;
+    }
+    // A right-size copy onto its own source leaves the file as it is.
+    const bool ownCopy = outcome.copied && present && present == files::fileIdentity(task.source);
+    if (!ownCopy) {
+        files::CommitOptions options;
+        options.modificationTime = task.sourceDate;
+        if (auto placed = m_folder->commit(outcome.output, *relative, options); !placed) {
+            fail(task, placed.error());
+            return;
+        }
+    }
     if (m_host.deleteSources()) {
-        if (task.sourceIsTarget) {
-            // The output has replaced the source; deleting would trash the result.
+        if (files::fileIdentity(task.source) == files::fileIdentity(task.target)) {
+            // The output took the source's place; deleting would trash the result.
             addRow(runtext::notDeletedSameFile(), StatusKind::Info);
         } else {
             addRow(runtext::deleting(), StatusKind::Info);
-            files::deleteToRecycleBin(task.source);
+            files::deleteToRecycleBin(task.source); // a failed deletion is not reported
         }
     }
     addRow(runtext::success(), StatusKind::Written);
-    ++summary.written;
-    if (task.keepDate && task.sourceDate.isValid())
-        files::setFileTimes(task.target, task.sourceDate, files::LastWriteTime);
+    ++m_summary.written;
 }
 
-void ConversionRun::restartImaging(RunSummary &summary)
+void ConversionRun::Private::fail(const FileTask &task, const Error &error)
 {
-    m_imaging.restart();
-    ++summary.restarts;
+    addRow(runtext::failure(), StatusKind::Error);
+    m_host.fileFailed(task.source, error);
+    ++m_summary.failed;
 }
 
-void ConversionRun::addRow(const QString &text, StatusKind kind, const QString &tag)
+bool ConversionRun::Private::laterSource(const std::optional<files::FileIdentity> &identity, int index) const
+{
+    if (!identity)
+        return false;
+    const auto found = m_lastSourceIndex.find(keyOf(*identity));
+    return found != m_lastSourceIndex.end() && found->second > index;
+}
+
+bool ConversionRun::Private::isDone(const FileSlot &slot) const
+{
+    std::lock_guard lock(m_mutex);
+    return slot.done;
+}
+
+int ConversionRun::Private::jobsInFlight() const
+{
+    std::lock_guard lock(m_mutex);
+    return m_jobsInFlight;
+}
+
+void ConversionRun::Private::cancelFrom(int first)
+{
+    for (size_t i = size_t(std::max(first, 1)); i < m_slots.size(); ++i) {
+        if (m_slots[i])
+            m_slots[i]->cancel = true;
+    }
+    if (m_budget)
+        m_budget->wakeWaiting();
+}
+
+void ConversionRun::Private::waitForJobs()
+{
+    std::unique_lock lock(m_mutex);
+    m_jobEnded.wait(lock, [&] { return m_jobsInFlight == 0; });
+}
+
+// Finished or stopped, a run ends the same way.
+void ConversionRun::Private::finish()
+{
+    waitForJobs();
+    m_slots.clear(); // pending outputs of files never reported are discarded
+    restartImaging();
+    m_phase = Phase::Finished;
+    m_host.runEnded();
+    m_host.showPreview(QString());
+}
+
+void ConversionRun::Private::restartImaging()
+{
+    // Other jobs on the pool (a window's previews) use the library too.
+    m_pool.waitUntilIdle();
+    m_imaging.restart();
+    ++m_summary.restarts;
+}
+
+void ConversionRun::Private::addRow(const QString &text, StatusKind kind, const QString &tag)
 {
     m_host.addStatusRow({text, int(kind), tag});
 }
 
-// ---- Several files at once -------------------------------------------------
-//
-// The run's thread prepares files in list order (everything that asks the
-// host), workers claim them strictly in that order, and the run's thread
-// writes each file's rows once it and every file before it are done. A
-// worker that finds the stop flag set when it claims file k leaves k and all
-// later files alone, so the rows are those of a sequential run stopped at k.
-// Before every 15th file all earlier files are finished and the imaging
-// library is restarted while no worker is busy.
-
-namespace {
-
-enum class SlotState { Queued, Running, Done, Stopped };
-
-struct ParallelSlot
+ConversionRun::ConversionRun(ConversionHost &host, ConversionImaging &imaging, WorkerPool &pool,
+                             DrawingSettingsReader drawingSettings)
+    : d(std::make_unique<Private>(host, imaging, pool, std::move(drawingSettings)))
 {
-    SlotState state = SlotState::Queued;
-    bool converted = false;
-    Error failure;
-    QList<StatusRow> rows;
-};
+}
 
-} // namespace
-
-void ConversionRun::runParallel(const RunParameters &parameters, const QString &commonBase,
-                                RunSummary &summary)
+ConversionRun::~ConversionRun()
 {
-    const int count = summary.count;
-    const int workers = std::min(m_jobs, count);
-    const int window = 2 * workers; // files prepared ahead of the one written next
+    d->cancelFrom(1);
+    d->waitForJobs();
+}
 
-    std::mutex mutex;
-    std::condition_variable workQueued;
-    std::condition_variable workDone;
-    std::deque<int> queue; // prepared, not yet claimed, in list order
-    std::vector<FileTask> tasks(static_cast<size_t>(count) + 1);
-    std::vector<ParallelSlot> slots(static_cast<size_t>(count) + 1);
-    bool closing = false;
-    bool stopRequested = false;
+void ConversionRun::setMemoryBudget(qint64 bytes)
+{
+    d->m_budgetBytes = bytes;
+}
 
-    auto worker = [&]() {
-        std::unique_lock lock(mutex);
-        for (;;) {
-            workQueued.wait(lock, [&] { return closing || !queue.empty(); });
-            if (queue.empty())
-                return;
-            const int index = queue.front();
-            queue.pop_front();
-            FileTask &task = tasks[size_t(index)];
-            ParallelSlot &slot = slots[size_t(index)];
-            const bool stop = stopRequested;
-            if (stop) {
-                // Nothing after this file starts any more.
-                queue.clear();
-                closing = true;
-                workQueued.notify_all();
-            }
-            slot.state = SlotState::Running;
-            lock.unlock();
+void ConversionRun::start(const RunParameters &parameters)
+{
+    d->start(parameters);
+}
 
-            files::createDirectoryChain(files::directoryPart(task.target));
-            bool converted = false;
-            Error failure;
-            QList<StatusRow> rows;
-            if (!stop) {
-                const RowSink collect = [&rows](const StatusRow &row) { rows.append(row); };
-                std::optional<QByteArray> exif;
-                if (task.copyExif)
-                    exif = m_imaging.readExif(task.source);
-                converted = convertPicture(task, collect, DrawingSettingsReader(), failure);
-                if (converted && exif)
-                    m_imaging.writeExif(task.target, *exif);
-            }
+bool ConversionRun::advance()
+{
+    return d->advance();
+}
 
-            lock.lock();
-            slot.rows = std::move(rows);
-            slot.converted = converted;
-            slot.failure = failure;
-            slot.state = stop ? SlotState::Stopped : SlotState::Done;
-            workDone.notify_all();
-        }
-    };
+bool ConversionRun::isFinished() const
+{
+    return d->m_phase == Private::Phase::Finished;
+}
 
-    std::vector<std::thread> threads;
-    threads.reserve(size_t(workers));
-    for (int w = 0; w < workers; ++w)
-        threads.emplace_back(worker);
+RunSummary ConversionRun::summary() const
+{
+    return d->m_summary;
+}
 
-    auto pollStop = [&]() {
-        m_host.yield();
-        if (m_host.stopRequested()) {
-            std::lock_guard guard(mutex);
-            stopRequested = true;
-        }
-    };
-
-    int prepared = 0; // highest index handed to the workers
-    bool stoppedRun = false;
-    for (int next = 1; next <= count && !stoppedRun; ++next) {
-        // Hand out files up to the window, but never past a restart point
-        // whose earlier files are not all written yet.
-        for (;;) {
-            const int candidate = prepared + 1;
-            if (candidate > count || candidate >= next + window)
-                break;
-            if (candidate % restartInterval == 0) {
-                if (candidate != next)
-                    break;
-                restartImaging(summary);
-            }
-            pollStop();
-            FileTask task = prepareFile(parameters, commonBase, candidate);
-            task.inputs = m_host.fileInputs();
-            task.drawing = m_drawingSettings ? m_drawingSettings() : DrawingSettings();
-            {
-                std::lock_guard guard(mutex);
-                if (closing)
-                    break;
-                tasks[size_t(candidate)] = std::move(task);
-                queue.push_back(candidate);
-            }
-            workQueued.notify_one();
-            prepared = candidate;
-        }
-
-        // Wait for file `next`, keeping the host responsive.
-        SlotState state;
-        {
-            std::unique_lock lock(mutex);
-            while (slots[size_t(next)].state == SlotState::Queued
-                   || slots[size_t(next)].state == SlotState::Running) {
-                if (workDone.wait_for(lock, pollInterval) == std::cv_status::timeout) {
-                    lock.unlock();
-                    pollStop();
-                    lock.lock();
-                }
-            }
-            state = slots[size_t(next)].state;
-        }
-
-        const FileTask &task = tasks[size_t(next)];
-        m_host.setCaptionPercent(runPercent(next, count));
-        m_host.yield();
-        if (state == SlotState::Stopped) {
-            addRow(runtext::stopped(), StatusKind::Info);
-            summary.stopped = true;
-            stoppedRun = true;
-            break;
-        }
-        m_host.showPreview(task.source);
-        addRow(runtext::pictureRow(task.source), StatusKind::Picture, task.source);
-        m_host.setProgress(next, count, runtext::progressText(next, count));
-        m_host.yield();
-        ParallelSlot &slot = slots[size_t(next)];
-        for (const StatusRow &row : std::as_const(slot.rows))
-            m_host.addStatusRow(row);
-        slot.rows.clear();
-        finishFile(task, slot.converted, slot.failure, summary);
+RunSummary ConversionRun::run(const RunParameters &parameters)
+{
+    start(parameters);
+    while (advance()) {
+        d->m_pool.waitForJob(yieldInterval);
+        d->m_host.yield();
     }
-
-    {
-        std::lock_guard guard(mutex);
-        closing = true;
-        queue.clear();
-    }
-    workQueued.notify_all();
-    for (std::thread &thread : threads)
-        thread.join();
-
-    if (!stoppedRun)
-        addRow(runtext::finished(), StatusKind::Info);
+    return summary();
 }
 
 } // namespace valtrona

@@ -8,8 +8,11 @@
 #include <QStringList>
 
 #include <functional>
+#include <memory>
 
 namespace valtrona {
+
+class WorkerPool;
 
 /// What a run reads once at its start (cards 1 and 2 of the window).
 struct RunParameters
@@ -38,59 +41,62 @@ struct RunSummary
 /// Reads the drawing settings (section "JPG") as they stand now.
 using DrawingSettingsReader = std::function<DrawingSettings()>;
 
-/// One pass over a source list: every image measured, sized, drawn or copied,
-/// written into the target directory and reported row by row to the host.
+/// Memory the conversions of one run may take together by default: with the
+/// program itself, a run stays well under 1 GiB whatever its inputs.
+inline constexpr qint64 defaultMemoryBudget = qint64(640) << 20;
+
+/// One pass over a source list: every image measured, sized, drawn or
+/// copied, written into the target directory and reported row by row.
 ///
-/// With one job the run is strictly sequential on the calling thread. With
-/// more jobs files are converted on worker threads; the rows still reach the
-/// host grouped per file in list order, exactly as the sequential run writes
-/// them, and the imaging library is restarted at the same points. The host
-/// is only ever called on the calling thread, which yields to it at least
-/// every 40 ms while it waits; the per-file inputs and drawing settings are
-/// read when a file is handed to a worker, up to twice the job count ahead
-/// of the file whose rows are written, and the stop flag is honoured at the
-/// first file no worker has started yet.
+/// Files are converted on the pool's workers, several at once, each into a
+/// pending file that has no name yet. Everything a person can see happens
+/// on the run's own thread, in list order, exactly as if the files were done
+/// one after the other: the status rows, progress and preview, putting each
+/// output into place, deleting the source, the file date. So two sources
+/// with one target give the later one's output, and a stop during file k
+/// finishes k and then ends with "Bearbeitung abgebrochen": work already
+/// done for later files is thrown away. Before every 15th file all earlier
+/// files are done and the imaging library is restarted with no worker busy.
+///
+/// A target is never a source of the run that has not been read yet, never
+/// written through a link or outside the target folder, and a source is not
+/// deleted when its output took its place. A file is admitted to a worker
+/// only when the memory its header promises fits the run's budget.
+///
+/// The run is driven by advance(): a window calls it whenever the pool says
+/// a job has finished (and when "Abbruch" is pressed); run() drives it by
+/// waiting, for front ends without an event loop.
 class ConversionRun
 {
 public:
-    ConversionRun(ConversionHost &host, ConversionImaging &imaging, DrawingSettingsReader drawingSettings);
+    ConversionRun(ConversionHost &host, ConversionImaging &imaging, WorkerPool &pool,
+                  DrawingSettingsReader drawingSettings);
+    /// Waits for the run's jobs still on the pool.
+    ~ConversionRun();
+    ConversionRun(const ConversionRun &) = delete;
+    ConversionRun &operator=(const ConversionRun &) = delete;
 
-    /// Number of files converted at once (default 1); values below 1 count as 1.
-    void setJobs(int jobs);
-    int jobs() const;
+    /// Memory (bytes) the files being converted may take together.
+    void setMemoryBudget(qint64 bytes);
 
-    /// Converts on a worker thread even with one job, so that the host's
-    /// yield() keeps running (every 40 ms) while a large file is worked on.
-    /// Files are still done one after the other. Default off: the run's
-    /// thread converts each file itself, between its yields.
-    void setConvertInBackground(bool background);
+    /// Restarts the imaging library, clears the rows, writes the start row
+    /// and hands out the first files.
+    void start(const RunParameters &parameters);
 
-    /// Runs over `parameters.sources`; returns when all files are done or the host asked to stop.
+    /// Does everything that is ready now, without waiting for a worker.
+    /// Returns false once the run has ended (the host has heard runEnded()).
+    bool advance();
+
+    bool isFinished() const;
+    RunSummary summary() const;
+
+    /// start(), then advance() until the end, waiting for the pool between
+    /// and letting the host yield at least every 40 ms.
     RunSummary run(const RunParameters &parameters);
 
 private:
-    struct FileTask;
-    struct FileOutcome;
-    class Scheduler;
-
-    using RowSink = std::function<void(const StatusRow &)>;
-
-    FileTask prepareFile(const RunParameters &parameters, const QString &commonBase, int index) const;
-    bool convertPicture(const FileTask &task, const RowSink &sink, const DrawingSettingsReader &drawing,
-                        Error &failure);
-    void carryExif(const FileTask &task);
-    void finishFile(const FileTask &task, bool converted, const Error &failure, RunSummary &summary);
-    void restartImaging(RunSummary &summary);
-    void addRow(const QString &text, StatusKind kind, const QString &tag = QString());
-
-    void runSequential(const RunParameters &parameters, const QString &commonBase, RunSummary &summary);
-    void runParallel(const RunParameters &parameters, const QString &commonBase, RunSummary &summary);
-
-    ConversionHost &m_host;
-    ConversionImaging &m_imaging;
-    DrawingSettingsReader m_drawingSettings;
-    int m_jobs = 1;
-    bool m_background = false;
+    class Private;
+    std::unique_ptr<Private> d;
 };
 
 /// The row texts a run writes, for hosts and tests that look for them.

@@ -1,8 +1,9 @@
 // valtrona-cli: the batch conversion of the window program, driven from the
 // command line. Rows on standard output, messages on standard error.
 
-#include "batch/conversionimaging.h"
 #include "batch/conversionrun.h"
+#include "batch/libraryimaging.h"
+#include "batch/workerpool.h"
 #include "batch/runsettings.h"
 #include "cli/clihost.h"
 #include "cli/clijob.h"
@@ -174,8 +175,7 @@ int main(int argc, char **argv)
     if (!jobCount.notice.isEmpty())
         printError(jobCount.notice);
     const int jobs = jobCount.jobs;
-    // Several files at once share the cores; one file gets them all.
-    imaging::setConcurrency(jobs > 1 ? std::max(1, cores / jobs) : 0);
+    shareCoresAmong(jobs);
 #if defined(__GLIBC__)
     // Every thread that allocates would get a malloc arena of its own, each
     // keeping freed pixel buffers; a few shared arenas keep the peak down
@@ -205,9 +205,8 @@ int main(int argc, char **argv)
 
     cli::CliHost host(terminal, job->inputs, job->deleteSources, ending, QDir::currentPath());
     LibraryImaging imagingLayer;
-    ConversionRun run(host, imagingLayer,
-                      [settingsFile] { return readSeededDrawingSettings(settingsFile); });
-    run.setJobs(jobs);
+    WorkerPool pool(jobs);
+    ConversionRun run(host, imagingLayer, pool, [settingsFile] { return readSeededDrawingSettings(settingsFile); });
     const RunSummary summary = run.run(job->parameters);
     imaging::stop();
 

@@ -94,6 +94,12 @@ protected:
 
     void click(MainWindow &window, const char *name) { child<QPushButton>(window, name)->click(); }
 
+    // A run goes on while the window serves its events; this waits for its end.
+    static void waitForRun(MainWindow &window)
+    {
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !window.isRunning(); }, 60000));
+    }
+
     // Card 1 filled through "Bilder laden", card 2 set to width 200 px
     // (constant width) into the target directory.
     void prepareRun(MainWindow &window, const QStringList &sources)
@@ -319,6 +325,7 @@ TEST_F(MainWindowTest, BatchRunsToCompletionWithRowsFilesAndSavedParameters)
     EXPECT_EQ(window->sourceList()->topLevelItem(3)->text(SourceList::DimensionColumn), QStringLiteral("0 x 0"));
 
     click(*window, "cmdW");
+    waitForRun(*window);
 
     ASSERT_EQ(finished.size(), 1);
     EXPECT_EQ(dialogs->shown.size(), 1); // and no box during the run
@@ -361,7 +368,9 @@ TEST_F(MainWindowTest, BatchRunsToCompletionWithRowsFilesAndSavedParameters)
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Valtrona"));
     EXPECT_EQ(child<QProgressBar>(*window, "prog")->value(), 0);
     EXPECT_EQ(child<QProgressBar>(*window, "prog")->maximum(), 4);
-    EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("4 von 4..."));
+    EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("3 bearbeitet, 1 Fehler"));
+    const int errorRow = static_cast<int>(texts.indexOf(QStringLiteral("Fehler beim Verarbeiten des Bildes")));
+    EXPECT_EQ(status->topLevelItem(errorRow)->toolTip(0), broken + QStringLiteral(": Kein Bild oder unbekanntes Bildformat"));
 
     EXPECT_EQ(readIniString(settingsFile, QStringLiteral("Last"), QStringLiteral("Style")), QStringLiteral("2"));
     EXPECT_EQ(readIniString(settingsFile, QStringLiteral("Last"), QStringLiteral("Width")), QStringLiteral("200"));
@@ -394,6 +403,7 @@ TEST_F(MainWindowTest, EnterGoesOnAndEscapeStopsARunLikeAbbruch)
     QLineEdit *width = line(*window, "txtB")->findChild<QLineEdit *>(QStringLiteral("txt"));
     width->setFocus();
     QTest::keyClick(width, Qt::Key_Return);
+    waitForRun(*window);
 
     // Escape clicks "Abbruch": the file in hand is finished, no other begun.
     EXPECT_EQ(window->currentCard(), 3);
@@ -416,7 +426,7 @@ TEST_F(MainWindowTest, WindowServesEventsWhileAPhotoConverts)
     QObject::connect(&ticker, &QTimer::timeout, [&] { ++ticks; });
     ticker.start(0);
     // Between these two rows the run does nothing but convert the file.
-    onRow(*window, QStringLiteral("Dateiname : big.jpg"), [&] { ticksAtStart = ticks; });
+    onRow(*window, QStringLiteral("Bearbeite Bild : big.jpg"), [&] { ticksAtStart = ticks; });
     onRow(*window, QStringLiteral("Bild erfolgreich bearbeitet"), [&] { ticksAtEnd = ticks; });
     // The card's preview follows the file; it is read ahead on a worker and
     // may come a moment after the file's first row.
@@ -427,6 +437,7 @@ TEST_F(MainWindowTest, WindowServesEventsWhileAPhotoConverts)
     });
 
     click(*window, "cmdW");
+    waitForRun(*window);
 
     ASSERT_GE(ticksAtStart, 0);
     EXPECT_GT(ticksAtEnd, ticksAtStart);
@@ -459,6 +470,7 @@ TEST_F(MainWindowTest, PngChoiceWritesPngFiles)
     prepareRun(*window, sourceImages(1));
     window->findChildren<QRadioButton *>(QStringLiteral("optDF")).at(1)->setChecked(true);
     click(*window, "cmdW");
+    waitForRun(*window);
     EXPECT_EQ(QImageReader(QDir(targetDir).filePath(QStringLiteral("img01.png"))).format(), QByteArray("png"));
 }
 
@@ -475,6 +487,7 @@ TEST_F(MainWindowTest, BackDuringARunLeavesItRunning)
     });
 
     click(*window, "cmdW");
+    waitForRun(*window);
 
     EXPECT_EQ(cardAfterBack, 2);
     const QStringList texts = rows(*window);
@@ -496,6 +509,7 @@ TEST_F(MainWindowTest, ClosingDuringARunEndsAtOnceWithoutPartialFiles)
     });
 
     click(*window, "cmdW");
+    waitForRun(*window);
 
     EXPECT_TRUE(hiddenAtOnce);
     EXPECT_EQ(quits, 1);
