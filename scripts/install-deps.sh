@@ -15,7 +15,9 @@ packages=(
   libvips-dev libvips-tools libglib2.0-dev
   libgtest-dev libgmock-dev
   libimage-exiftool-perl
-  xvfb xauth x11-apps imagemagick
+  xvfb xauth x11-apps x11-utils imagemagick
+  openbox xdotool                 # scripts/screenshot.sh
+  dpkg-dev file desktop-file-utils appstream librsvg2-bin   # packaging
   fonts-dejavu-core
   time
 )
