@@ -131,14 +131,24 @@ QList<SettingDefault> seededDefaults()
     return defaults;
 }
 
+bool keepsSettings(const QString &executableDirectory)
+{
+    if (executableDirectory.isEmpty())
+        return false;
+    const QString canonical = QFileInfo(executableDirectory).canonicalFilePath();
+    for (const QString &system : {u"/usr"_s, u"/bin"_s, u"/sbin"_s, u"/lib"_s, u"/opt"_s}) {
+        if (canonical == system || canonical.startsWith(system + u'/'))
+            return false;
+    }
+    const QFileInfo info(executableDirectory);
+    return info.isDir() && info.isWritable();
+}
+
 QString programDirectory()
 {
     const QString exeDir = executableDirectory();
-    if (!exeDir.isEmpty()) {
-        const QFileInfo info(exeDir);
-        if (info.isDir() && info.isWritable())
-            return withTrailingSlash(exeDir);
-    }
+    if (keepsSettings(exeDir))
+        return withTrailingSlash(exeDir);
     QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
     if (config.isEmpty())
         config = QDir::homePath() + u"/.config"_s;

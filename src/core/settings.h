@@ -67,9 +67,16 @@ struct SettingDefault
 QList<SettingDefault> seededDefaults();
 
 /// The program directory with a trailing "/": the running executable's
-/// directory when it is writable, else $XDG_CONFIG_HOME/valtrona/ (by default
-/// ~/.config/valtrona/), created when missing.
+/// directory when it may hold settings (see keepsSettings()), else
+/// $XDG_CONFIG_HOME/valtrona/ (by default ~/.config/valtrona/), created when
+/// missing.
 QString programDirectory();
+
+/// Whether an executable's directory may hold the settings: it must be
+/// writable and not one of the system's program folders (below /usr, /bin,
+/// /sbin, /lib or /opt), where even a user allowed to write there (root)
+/// keeps them in the configuration folder.
+bool keepsSettings(const QString &executableDirectory);
 
 /// SettingsFilePath: programDirectory(), then `subdirectory` + "/" when it is
 /// non-empty, then the base name, ".", and `extension` without a leading ".".

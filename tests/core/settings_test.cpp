@@ -195,6 +195,12 @@ TEST(SettingsPathTest, FollowsTheExecutableName)
 
     EXPECT_EQ(settingsPath(), dir + base + u".ini"_s);
     test::Sandbox sandbox;
+    // An installed program keeps its settings in the configuration folder,
+    // even when the user may write to the program's folder.
+    for (const QString &system : {u"/usr/bin"_s, u"/usr/local/bin"_s, u"/opt"_s})
+        EXPECT_FALSE(keepsSettings(system)) << system.toStdString();
+    EXPECT_TRUE(keepsSettings(sandbox.path()));
+    EXPECT_FALSE(keepsSettings(sandbox.filePath(u"missing"_s)));
     setSettingsPath(sandbox.filePath(u"x.ini"_s));
     EXPECT_EQ(settingsPath(), sandbox.filePath(u"x.ini"_s));
     seedDefaultSettings();
