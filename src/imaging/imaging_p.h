@@ -72,6 +72,11 @@ QByteArray nativePath(const QString &path);
 /// a rename. On failure nothing is left behind and the status is returned.
 int writeFileAtomically(const QString &path, const char *data, qint64 size);
 
+/// Warnings the image library has logged on the calling thread so far. A
+/// JPEG decoder that meets damaged data in its last strip can only say so
+/// this way, when its image is closed.
+quint64 libraryWarningCount();
+
 // ---- Drawing, shared by the picture functions and the conversion ----------
 
 /// The block shrink a JPEG decoder applies for a reduction by `factor`: as
