@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <thread>
 #include <vector>
 
@@ -30,7 +31,8 @@ protected:
         imaging::setQuiet(true);
     }
 
-    Expected<QByteArray, Error> draw(const imaging::DrawRequest &request)
+    // What `fill` writes into a new pending file.
+    Expected<QByteArray, Error> written(const std::function<Expected<void, Error>(files::PendingFile &)> &fill)
     {
         auto folder = files::TargetFolder::open(m_sandbox.filePath(u"out"_s));
         if (!folder)
@@ -38,9 +40,14 @@ protected:
         auto pending = folder->createPending();
         if (!pending)
             return unexpected(pending.error());
-        if (auto drawn = imaging::drawInto(request, *pending); !drawn)
-            return unexpected(drawn.error());
+        if (auto filled = fill(*pending); !filled)
+            return unexpected(filled.error());
         return pending->readAll();
+    }
+
+    Expected<QByteArray, Error> draw(const imaging::DrawRequest &request)
+    {
+        return written([&](files::PendingFile &file) { return imaging::drawInto(request, file); });
     }
 
     Sandbox m_sandbox;
@@ -61,7 +68,8 @@ TEST_F(ConversionTest, FailuresCarryTheirCode)
 {
     const QByteArray photo = readAll(dataPath(u"run/photo.jpg"_s));
     const QByteArray png = readAll(dataPath(u"run/alpha.png"_s));
-    const QString lyingJpeg = m_sandbox.writeFile(u"lying.jpg"_s, withFrameSize(readAll(dataPath(u"run/small.jpg"_s)), 640, 480));
+    const QByteArray small = readAll(dataPath(u"run/small.jpg"_s));
+    const QString lyingJpeg = m_sandbox.writeFile(u"lying.jpg"_s, withFrameSize(small, 640, 480));
     ASSERT_EQ(imaging::inspect(lyingJpeg).value_or({}).width, 640);
     const QString unreadable = m_sandbox.writeFile(u"unreadable.jpg"_s, photo);
     QFile::setPermissions(unreadable, {});
@@ -166,7 +174,7 @@ TEST_F(ConversionTest, WritesWhatDrawingToAFileAndCopyingExifWrote)
         modes.interpolation = c.interpolation;
         modes.compositingQuality = c.compositing;
         const bool jpeg = c.format == Format::Jpeg;
-        const QString target = m_sandbox.filePath(u"old%1%2"_s.arg(requests.size()).arg(jpeg ? u".jpg"_s : u".png"_s));
+        const QString target = m_sandbox.filePath(u"old%1"_s.arg(requests.size()) + (jpeg ? u".jpg"_s : u".png"_s));
         ASSERT_TRUE(imaging::drawFileToFile(c.source, target, c.width, c.height, modes,
                                             jpeg ? u"image/jpeg"_s : u"image/png"_s, c.quality));
         QByteArray block;
@@ -195,12 +203,11 @@ TEST_F(ConversionTest, WritesWhatDrawingToAFileAndCopyingExifWrote)
     }
     ASSERT_FALSE(results.back()->has_value());
     EXPECT_EQ(int(results.back()->error().code), int(ErrorCode::Damaged));
-    // Not vacuous: the EXIF block and the profile's absence are there to see.
-    const auto carried = draw({profiled, 200, 150, {}, Format::Jpeg, 85, true});
-    ASSERT_TRUE(carried.has_value());
-    EXPECT_TRUE(carried->contains("Testkamera"));
-    EXPECT_FALSE(carried->contains("ICC_PROFILE"));
-    EXPECT_EQ(imaging::parseJpegHeader(*carried, true).kind, 2);
+
+    // The right-size case: the bytes unchanged.
+    const auto copied = written([&](files::PendingFile &file) { return imaging::copyInto(photo, file); });
+    ASSERT_TRUE(copied.has_value());
+    EXPECT_EQ(*copied, readAll(photo));
 }
 
 // The memory a drawing takes, measured in a process of its own, never
@@ -234,11 +241,14 @@ TEST_F(ConversionTest, DrawingStaysWithinItsEstimate)
         const QString warmUp = m_sandbox.filePath(u"tiny-"_s + QString::fromLatin1(c.name));
         ASSERT_TRUE(runTool(u"vips"_s, {u"copy"_s, c.base, source + QString::fromLatin1(c.options)}));
         ASSERT_TRUE(runTool(u"vips"_s, {u"copy"_s, tiny, warmUp + QString::fromLatin1(c.options)}));
-        QByteArray output;
-        ASSERT_TRUE(runTool(QStringLiteral(VALTRONA_DRAWPROBE),
-                            {source, QString::number(c.width), QString::number(c.height), u"jpeg"_s, warmUp},
-                            &output))
-            << c.name << output.constData();
+        QProcess probe;
+        probe.start(QStringLiteral(VALTRONA_DRAWPROBE),
+                    {source, QString::number(c.width), QString::number(c.height), u"jpeg"_s, warmUp});
+        ASSERT_TRUE(probe.waitForFinished(60000)) << c.name;
+        if (probe.exitCode() == 3)
+            GTEST_SKIP() << "the peak resident memory cannot be reset on this system";
+        const QByteArray output = probe.readAllStandardOutput();
+        ASSERT_EQ(probe.exitCode(), 0) << c.name << output.constData();
         const QList<QByteArray> fields = output.trimmed().split(' ');
         ASSERT_EQ(fields.size(), 4) << output.constData();
         const qint64 estimate = fields.at(1).toLongLong();

@@ -10,7 +10,8 @@
 // A warm-up drawing of a small file of the same format first brings in the
 // code and the worker threads every drawing shares, so that the rise is what
 // one more drawing costs. Prints "estimate <bytes> measured <bytes>", or the
-// error code of a failure, and exits with 0 when the drawing succeeded.
+// error code of a failure, and exits with 0 when the drawing succeeded, 1
+// when it failed, 3 when the system cannot reset the peak to measure it.
 
 #include "core/targetfolder.h"
 #include "imaging/conversion.h"
@@ -93,8 +94,8 @@ int main(int argc, char **argv)
 
     // Resets the peak to what is resident now.
     QFile clearRefs(QStringLiteral("/proc/self/clear_refs"));
-    if (!clearRefs.open(QIODevice::WriteOnly) || clearRefs.write("5") != 1)
-        return 2;
+    if (!clearRefs.open(QIODevice::WriteOnly) || clearRefs.write("5") != 1 || !clearRefs.flush())
+        return 3;
     clearRefs.close();
     const qint64 before = statusBytes("VmRSS");
     const auto drawn = draw(*folder, request);
