@@ -39,6 +39,7 @@ Reporter g_reporter = [](const QString &title, const QString &text) {
 
 thread_local int t_lastStatus = 0;
 thread_local QString t_lastMessage;
+thread_local quint64 t_libraryWarnings = 0;
 
 // The directory the library's format modules are installed in, beside the
 // library itself: <libdir>/vips-modules-<major>.<minor>.
@@ -107,9 +108,11 @@ bool initialiseLibraryOnce()
         vips_cache_set_max(0);
         useShortStrips();
         // The library's warnings (a damaged scan line, a truncated file) end
-        // up as our own status; keep them off the terminal.
+        // up as our own status; keep them off the terminal, but count them
+        // per thread for the conversion's damage check.
         g_log_set_handler("VIPS", G_LOG_LEVEL_WARNING,
-                          [](const gchar *, GLogLevelFlags, const gchar *, gpointer) {}, nullptr);
+                          [](const gchar *, GLogLevelFlags, const gchar *, gpointer) { ++t_libraryWarnings; },
+                          nullptr);
         return true;
     }();
     return ok;
@@ -280,6 +283,11 @@ int writeFileAtomically(const QString &path, const char *data, qint64 size)
     }
     setLast(Ok);
     return Ok;
+}
+
+quint64 libraryWarningCount()
+{
+    return t_libraryWarnings;
 }
 
 } // namespace detail

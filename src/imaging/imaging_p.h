@@ -4,7 +4,10 @@
 
 #include "imaging/picture.h"
 
+#include <QByteArray>
 #include <QString>
+
+#include <optional>
 
 #include <vips/vips8>
 
@@ -68,6 +71,52 @@ QByteArray nativePath(const QString &path);
 /// Writes bytes to path through a temporary file in the same directory and
 /// a rename. On failure nothing is left behind and the status is returned.
 int writeFileAtomically(const QString &path, const char *data, qint64 size);
+
+/// Warnings the image library has logged on the calling thread so far. A
+/// JPEG decoder that meets damaged data in its last strip can only say so
+/// this way, when its image is closed.
+quint64 libraryWarningCount();
+
+// ---- Drawing, shared by the picture functions and the conversion ----------
+
+/// The block shrink a JPEG decoder applies for a reduction by `factor`: as
+/// far as the target allows (never below it). The decoder's scaled transform
+/// averages each block properly, so the kernel that finishes the job may be
+/// left with less than a factor of two at no visible cost, and a 24-megapixel
+/// photo bound for 1024 pixels decodes only a sixteenth of its pixels.
+int jpegShrinkFor(double factor);
+
+/// True when the modes let a JPEG decoder shrink while decoding (every
+/// kernel but nearest, and not in linear light).
+bool shrinksOnLoad(const DrawModes &modes);
+
+/// Any colour space, profile, depth and band layout -> sRGB, 8 bits, three
+/// bands plus alpha when the source has one.
+vips::VImage toSrgb8(vips::VImage image);
+
+/// Resamples an sRGB 8-bit image to exactly width x height with the modes.
+vips::VImage resample(vips::VImage image, int width, int height, const DrawModes &modes);
+
+/// What an encoder is given: 8-bit bands, JPEG transparency flattened onto white.
+vips::VImage encoderInput(vips::VImage image, bool jpeg);
+
+/// Options every save uses: no metadata, quality clamped (lossy encoders only).
+vips::VOption *encoderOptions(bool lossy, int quality);
+
+/// The plain JFIF segment (no resolution, square pixels) put after the start
+/// marker of every JPEG written.
+QByteArray jfifSegment();
+
+// ---- EXIF, shared by the header functions and the conversion --------------
+
+/// The header block of an Exif JPEG (kind 2, end-checked) read from an open
+/// file with positioned reads; nothing for any other file.
+std::optional<QByteArray> readExifBlock(int descriptor);
+
+/// A header block without the segments that describe the source's colour
+/// encoding (ICC profile, Adobe transform); empty when it is not FF D8
+/// followed by whole APPn/COM segments.
+QByteArray portableHeaderBlock(const QByteArray &block);
 
 } // namespace detail
 

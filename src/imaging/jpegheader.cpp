@@ -5,7 +5,11 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <cerrno>
 #include <functional>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -128,9 +132,33 @@ ReadAt fileReader(QFile &file)
     };
 }
 
+ReadAt descriptorReader(int fd)
+{
+    return [fd](qint64 offset, qint64 count) {
+        QByteArray bytes;
+        if (offset < 0 || count <= 0)
+            return bytes;
+        bytes.resize(qsizetype(count));
+        qsizetype done = 0;
+        while (done < bytes.size()) {
+            const ssize_t got = ::pread(fd, bytes.data() + done, size_t(bytes.size() - done), off_t(offset + done));
+            if (got < 0 && errno == EINTR)
+                continue;
+            if (got <= 0)
+                break;
+            done += got;
+        }
+        bytes.truncate(done);
+        return bytes;
+    };
+}
+
+} // namespace
+
+namespace detail {
+
 // A header block is FF D8 followed by whole APPn/COM segments and nothing
-// else. Returns it without the segments that describe the source's colour
-// encoding, or an empty array when the block is not of that form.
+// else.
 QByteArray portableHeaderBlock(const QByteArray &block)
 {
     if (block.size() < 2 || byteAt(block, 0) != kMarker || byteAt(block, 1) != kStartOfImage)
@@ -155,7 +183,22 @@ QByteArray portableHeaderBlock(const QByteArray &block)
     return result;
 }
 
-} // namespace
+std::optional<QByteArray> readExifBlock(int descriptor)
+{
+    struct stat info {};
+    if (::fstat(descriptor, &info) != 0)
+        return std::nullopt;
+    const ReadAt read = descriptorReader(descriptor);
+    const JpegHeader header = parse(read, qint64(info.st_size), true);
+    if (header.kind != 2)
+        return std::nullopt;
+    QByteArray block = read(0, header.headerEnd);
+    if (block.size() != header.headerEnd)
+        return std::nullopt;
+    return block;
+}
+
+} // namespace detail
 
 JpegHeader parseJpegHeader(const QByteArray &bytes, bool endCheck)
 {
@@ -189,7 +232,7 @@ bool writeExif(const QString &path, const QByteArray &block)
 {
     if (!QFileInfo(path).isFile())
         return false;
-    const QByteArray header = portableHeaderBlock(block);
+    const QByteArray header = detail::portableHeaderBlock(block);
     if (header.isEmpty())
         return false;
 

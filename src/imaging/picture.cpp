@@ -102,11 +102,37 @@ bool isJpegLoader(const vips::VImage &image)
     return loaderName(image).startsWith("jpegload");
 }
 
-// The block shrink a JPEG decoder applies: as far as the target allows
-// (never below it). The decoder's scaled transform averages each block
-// properly, so the kernel that finishes the job may be left with less than a
-// factor of two at no visible cost, and a 24-megapixel photo bound for 1024
-// pixels decodes only a sixteenth of its pixels.
+bool hasIccProfile(const vips::VImage &image)
+{
+    return vips_image_get_typeof(image.get_image(), VIPS_META_ICC_NAME) != 0;
+}
+
+vips::VImage toUchar(const vips::VImage &image)
+{
+    if (image.format() == VIPS_FORMAT_UCHAR)
+        return image;
+    return image.rint().cast(VIPS_FORMAT_UCHAR);
+}
+
+// Makes the image exactly width x height; resize can be a pixel off when the
+// scale cannot be represented exactly.
+vips::VImage exactSize(const vips::VImage &image, int width, int height)
+{
+    if (image.width() == width && image.height() == height)
+        return image;
+    vips::VImage fitted = image;
+    if (fitted.width() > width || fitted.height() > height)
+        fitted = fitted.crop(0, 0, std::min(width, fitted.width()), std::min(height, fitted.height()));
+    if (fitted.width() < width || fitted.height() < height)
+        fitted = fitted.embed(0, 0, width, height,
+                              vips::VImage::option()->set("extend", VIPS_EXTEND_COPY));
+    return fitted;
+}
+
+} // namespace
+
+namespace detail {
+
 int jpegShrinkFor(double factor)
 {
     for (const int shrink : {8, 4, 2}) {
@@ -116,13 +142,12 @@ int jpegShrinkFor(double factor)
     return 1;
 }
 
-bool hasIccProfile(const vips::VImage &image)
+bool shrinksOnLoad(const DrawModes &modes)
 {
-    return vips_image_get_typeof(image.get_image(), VIPS_META_ICC_NAME) != 0;
+    return interpolationMode(modes.interpolation).shrinkOnLoad
+           && modes.compositingQuality != kLinearLightQuality;
 }
 
-// Any colour space, profile, depth and band layout -> sRGB, 8 bits, three
-// bands plus alpha when the source has one.
 vips::VImage toSrgb8(vips::VImage image)
 {
     const bool cmyk = image.interpretation() == VIPS_INTERPRETATION_CMYK;
@@ -157,28 +182,6 @@ vips::VImage toSrgb8(vips::VImage image)
     return image;
 }
 
-vips::VImage toUchar(const vips::VImage &image)
-{
-    if (image.format() == VIPS_FORMAT_UCHAR)
-        return image;
-    return image.rint().cast(VIPS_FORMAT_UCHAR);
-}
-
-// Makes the image exactly width x height; resize can be a pixel off when the
-// scale cannot be represented exactly.
-vips::VImage exactSize(const vips::VImage &image, int width, int height)
-{
-    if (image.width() == width && image.height() == height)
-        return image;
-    vips::VImage fitted = image;
-    if (fitted.width() > width || fitted.height() > height)
-        fitted = fitted.crop(0, 0, std::min(width, fitted.width()), std::min(height, fitted.height()));
-    if (fitted.width() < width || fitted.height() < height)
-        fitted = fitted.embed(0, 0, width, height,
-                              vips::VImage::option()->set("extend", VIPS_EXTEND_COPY));
-    return fitted;
-}
-
 vips::VImage resample(vips::VImage image, int width, int height, const DrawModes &modes)
 {
     const InterpolationMode &mode = interpolationMode(modes.interpolation);
@@ -205,15 +208,43 @@ vips::VImage resample(vips::VImage image, int width, int height, const DrawModes
     return toUchar(image);
 }
 
+QByteArray jfifSegment()
+{
+    return QByteArray::fromHex("ffe000104a46494600010100000100010000");
+}
+
+vips::VImage encoderInput(vips::VImage image, bool jpeg)
+{
+    if (jpeg && image.has_alpha())
+        image = image.flatten(vips::VImage::option()->set("background", std::vector<double> {255.0}));
+    return toUchar(image);
+}
+
+vips::VOption *encoderOptions(bool lossy, int quality)
+{
+    // libjpeg treats quality 0 as 1; the encoders here start at 1.
+    const int q = std::max(1, std::clamp(quality, 0, 100));
+    // JPEGs use the standard Huffman tables: optimised ones would save a
+    // few percent of the file but make the encoder hold every coefficient
+    // of the picture (about 2.4 MB at 1024 x 768) and take a second pass.
+    vips::VOption *options = vips::VImage::option()->set("strip", true);
+    if (lossy)
+        options->set("Q", q);
+    return options;
+}
+
+} // namespace detail
+
+namespace {
+
 // Stripping metadata also drops the JFIF segment; put a plain one back (no
 // resolution, square pixels) so the file is an ordinary JFIF file that the
 // EXIF copy accepts as a target.
 QByteArray withJfifHeader(const QByteArray &jpeg)
 {
-    static const QByteArray jfif = QByteArray::fromHex("ffe000104a46494600010100000100010000");
     if (jpeg.size() < 4 || !jpeg.startsWith("\xff\xd8") || static_cast<unsigned char>(jpeg.at(3)) == 0xE0)
         return jpeg;
-    return jpeg.left(2) + jfif + jpeg.mid(2);
+    return jpeg.left(2) + detail::jfifSegment() + jpeg.mid(2);
 }
 
 Picture fail(const Failure &failure)
@@ -224,7 +255,7 @@ Picture fail(const Failure &failure)
 
 RgbaImage toRgbaImage(vips::VImage image)
 {
-    image = toSrgb8(image);
+    image = detail::toSrgb8(image);
     if (!image.has_alpha())
         image = image.bandjoin_const({255.0});
     size_t size = 0;
@@ -256,12 +287,12 @@ RgbaImage previewImage(Open open, int maxWidth, int maxHeight)
     if (qint64(width) * height > kMaxTargetPixels)
         return {};
     if (isJpegLoader(image)) {
-        const int shrink = jpegShrinkFor(std::min(double(sourceWidth) / width,
-                                                      double(sourceHeight) / height));
+        const int shrink = detail::jpegShrinkFor(std::min(double(sourceWidth) / width,
+                                                          double(sourceHeight) / height));
         if (shrink > 1)
             image = open(shrink);
     }
-    image = resample(toSrgb8(image), width, height, DrawModes {});
+    image = detail::resample(detail::toSrgb8(image), width, height, DrawModes {});
     return toRgbaImage(image);
 }
 
@@ -364,11 +395,11 @@ vips::VImage drawPipeline(const QString &path, int width, int height, const Draw
     if (mode.shrinkOnLoad && !linear && isJpegLoader(image)) {
         const double factor = std::min(double(sourceWidth) / targetWidth,
                                        double(sourceHeight) / targetHeight);
-        const int shrink = jpegShrinkFor(factor);
+        const int shrink = detail::jpegShrinkFor(factor);
         if (shrink > 1)
             image = detail::openImage(path, true, shrink);
     }
-    return resample(toSrgb8(image), targetWidth, targetHeight, modes);
+    return detail::resample(detail::toSrgb8(image), targetWidth, targetHeight, modes);
 }
 
 // What an encoder found by findEncoder() is written with.
@@ -402,17 +433,8 @@ EncoderChoice chooseEncoder(const QString &mimeType)
 // resampling and encoding overlap. Throws vips::VError.
 QByteArray encode(vips::VImage image, const EncoderChoice &encoder, int quality)
 {
-    // libjpeg treats quality 0 as 1; the encoders here start at 1.
-    const int q = std::max(1, std::clamp(quality, 0, 100));
-    if (encoder.jpeg && image.has_alpha())
-        image = image.flatten(vips::VImage::option()->set("background", std::vector<double> {255.0}));
-    image = toUchar(image);
-    // JPEGs use the standard Huffman tables: optimised ones would save a
-    // few percent of the file but make the encoder hold every coefficient
-    // of the picture (about 2.4 MB at 1024 x 768) and take a second pass.
-    vips::VOption *options = vips::VImage::option()->set("strip", true);
-    if (encoder.lossy)
-        options->set("Q", q);
+    image = detail::encoderInput(image, encoder.jpeg);
+    vips::VOption *options = detail::encoderOptions(encoder.lossy, quality);
     void *buffer = nullptr;
     size_t size = 0;
     image.write_to_buffer(encoder.suffix.toLatin1().constData(), &buffer, &size, options);
@@ -495,7 +517,7 @@ Picture pictureFromFile(const QString &path)
             failure.status = ValueOverflow;
             return;
         }
-        picture = PictureAccess::make(toSrgb8(image).copy_memory());
+        picture = PictureAccess::make(detail::toSrgb8(image).copy_memory());
     }, failure);
     if (!ok || failure.status != Ok)
         return fail(failure);

@@ -161,4 +161,36 @@ quint32 crc32(const QByteArray &bytes)
     return ~crc;
 }
 
+QByteArray pngClaiming(quint32 width, quint32 height, bool interlaced)
+{
+    auto chunk = [](const QByteArray &type, const QByteArray &data) {
+        QByteArray out;
+        const quint32 length = quint32(data.size());
+        out.append(char(length >> 24)).append(char(length >> 16)).append(char(length >> 8)).append(char(length));
+        const QByteArray body = type + data;
+        const quint32 crc = crc32(body);
+        out.append(body);
+        out.append(char(crc >> 24)).append(char(crc >> 16)).append(char(crc >> 8)).append(char(crc));
+        return out;
+    };
+    QByteArray ihdr;
+    for (const quint32 v : {width, height})
+        ihdr.append(char(v >> 24)).append(char(v >> 16)).append(char(v >> 8)).append(char(v));
+    ihdr.append(char(8)).append(char(2)).append(char(0)).append(char(0)).append(char(interlaced ? 1 : 0));
+    return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", ihdr)
+           + chunk("IDAT", QByteArray::fromHex("789c636000000001000100")) + chunk("IEND", {});
+}
+
+QByteArray withFrameSize(QByteArray jpegBytes, int width, int height)
+{
+    const qsizetype sof = jpegBytes.indexOf(QByteArray::fromHex("ffc0"));
+    if (sof < 0)
+        return {};
+    jpegBytes[sof + 5] = char(height >> 8);
+    jpegBytes[sof + 6] = char(height);
+    jpegBytes[sof + 7] = char(width >> 8);
+    jpegBytes[sof + 8] = char(width);
+    return jpegBytes;
+}
+
 } // namespace valtrona::test

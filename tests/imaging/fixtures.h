@@ -44,4 +44,11 @@ PixelBuffer firstChannels(const PixelBuffer &image, int channels);
 /// CRC-32 as PNG chunks use it.
 quint32 crc32(const QByteArray &bytes);
 
+/// An RGB PNG whose header claims width x height (interlaced or not),
+/// followed by an image data chunk that holds a single byte.
+QByteArray pngClaiming(quint32 width, quint32 height, bool interlaced = false);
+
+/// A baseline JPEG with the frame size in its start-of-frame segment set.
+QByteArray withFrameSize(QByteArray jpegBytes, int width, int height);
+
 } // namespace valtrona::test

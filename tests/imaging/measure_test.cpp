@@ -83,40 +83,6 @@ TEST_F(MeasureTest, MissingFileGivesZeroWithoutReport)
     EXPECT_EQ(m_reports, 0);
 }
 
-// A PNG whose header claims a size, followed by a tiny image data chunk.
-QByteArray pngClaiming(quint32 width, quint32 height)
-{
-    auto chunk = [](const QByteArray &type, const QByteArray &data) {
-        QByteArray out;
-        const quint32 length = quint32(data.size());
-        out.append(char(length >> 24)).append(char(length >> 16)).append(char(length >> 8)).append(char(length));
-        const QByteArray body = type + data;
-        const quint32 crc = crc32(body);
-        out.append(body);
-        out.append(char(crc >> 24)).append(char(crc >> 16)).append(char(crc >> 8)).append(char(crc));
-        return out;
-    };
-    QByteArray ihdr;
-    for (const quint32 v : {width, height})
-        ihdr.append(char(v >> 24)).append(char(v >> 16)).append(char(v >> 8)).append(char(v));
-    ihdr.append(char(8)).append(char(2)).append(char(0)).append(char(0)).append(char(0));
-    return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", ihdr)
-           + chunk("IDAT", QByteArray::fromHex("789c636000000001000100")) + chunk("IEND", {});
-}
-
-// Sets the frame size in the start-of-frame segment of a baseline JPEG.
-QByteArray withFrameSize(QByteArray jpegBytes, int width, int height)
-{
-    const qsizetype sof = jpegBytes.indexOf(QByteArray::fromHex("ffc0"));
-    if (sof < 0)
-        return {};
-    jpegBytes[sof + 5] = char(height >> 8);
-    jpegBytes[sof + 6] = char(height);
-    jpegBytes[sof + 7] = char(width >> 8);
-    jpegBytes[sof + 8] = char(width);
-    return jpegBytes;
-}
-
 TEST_F(MeasureTest, BadFilesGiveZeroAndAReport)
 {
     const QByteArray good = readAll(jpeg(u"good.jpg"_s, 120, 80));
