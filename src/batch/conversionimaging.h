@@ -2,6 +2,7 @@
 
 #include "core/error.h"
 #include "core/expected.h"
+#include "imaging/conversion.h"
 
 #include <QString>
 
@@ -32,13 +33,9 @@ enum class ImageFormat { Jpeg, Png };
 /// for any other code (such a run saves nothing).
 std::optional<ImageFormat> formatForCode(const QString &code);
 
-/// What the run learns from a source's header before it draws it.
-struct SourceFacts
-{
-    int width = 0;
-    int height = 0;
-    qint64 decodeBytes = 0; ///< memory the decoder needs beyond streaming
-};
+/// What the run learns from a source's header before it draws it: its size
+/// and what its decoding will take.
+using SourceFacts = imaging::SourceInfo;
 
 /// One drawing: a source scaled to exactly width x height.
 struct DrawJob

@@ -41,9 +41,10 @@ struct RunSummary
 /// Reads the drawing settings (section "JPG") as they stand now.
 using DrawingSettingsReader = std::function<DrawingSettings()>;
 
-/// Memory the conversions of one run may take together by default: with the
-/// program itself, a run stays well under 1 GiB whatever its inputs.
-inline constexpr qint64 defaultMemoryBudget = qint64(640) << 20;
+/// Memory the conversions of one run may take together by default. The
+/// estimates are on the safe side (often twice what is used), so with the
+/// program itself a run stays under 1 GiB whatever its inputs.
+inline constexpr qint64 defaultMemoryBudget = qint64(896) << 20;
 
 /// One pass over a source list: every image measured, sized, drawn or
 /// copied, written into the target directory and reported row by row.

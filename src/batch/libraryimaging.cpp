@@ -1,38 +1,36 @@
 #include "batch/libraryimaging.h"
 
-#include "core/targetfolder.h"
+#include "imaging/conversion.h"
 #include "imaging/imaging.h"
-#include "imaging/jpegheader.h"
-#include "imaging/picture.h"
 
-#include <QFile>
-#include <QTemporaryDir>
 #include <QThread>
 
 #include <algorithm>
-
-using namespace Qt::StringLiterals;
 
 namespace valtrona {
 
 namespace {
 
-Error lastImagingError()
+imaging::DrawModes drawModes(const DrawingSettings &settings)
 {
-    const QString message = imaging::lastErrorMessage();
-    switch (imaging::lastStatus()) {
-    case imaging::FileNotFound:
-        return {ErrorCode::SourceMissing, message};
-    case imaging::UnknownImageFormat:
-        return {ErrorCode::UnknownFormat, message};
-    case imaging::ValueOverflow:
-    case imaging::OutOfMemory:
-        return {ErrorCode::TooLarge, message};
-    case imaging::AccessDenied:
-        return {ErrorCode::TargetNotWritable, message};
-    default:
-        return {ErrorCode::Internal, message};
+    imaging::DrawModes modes;
+    modes.interpolation = settings.interpolation;
+    modes.smoothing = settings.smoothing;
+    modes.pixelOffset = settings.pixelOffset;
+    modes.compositingQuality = settings.compositing;
+    modes.compositingMode = 0;
+    return modes;
+}
+
+imaging::OutputFormat outputFormat(ImageFormat format)
+{
+    switch (format) {
+    case ImageFormat::Png:
+        return imaging::OutputFormat::Png;
+    case ImageFormat::Jpeg:
+        break;
     }
+    return imaging::OutputFormat::Jpeg;
 }
 
 } // namespace
@@ -50,48 +48,31 @@ bool LibraryImaging::restart()
 
 Expected<SourceFacts, Error> LibraryImaging::inspect(const QString &path)
 {
-    SourceFacts facts;
-    if (!imaging::measure(path, facts.width, facts.height))
-        return unexpected(lastImagingError());
-    return facts;
+    return imaging::inspect(path);
 }
 
-qint64 LibraryImaging::drawMemory(const SourceFacts &, const DrawJob &)
+qint64 LibraryImaging::drawMemory(const SourceFacts &facts, const DrawJob &job)
 {
-    return 0;
+    return imaging::drawMemory(facts, job.width, job.height, drawModes(job.settings), outputFormat(job.format));
 }
 
 Expected<void, Error> LibraryImaging::drawInto(const DrawJob &job, files::PendingFile &output)
 {
-    imaging::DrawModes modes;
-    modes.interpolation = job.settings.interpolation;
-    modes.smoothing = job.settings.smoothing;
-    modes.pixelOffset = job.settings.pixelOffset;
-    modes.compositingQuality = job.settings.compositing;
-    modes.compositingMode = 0;
-    const QString mimeType = job.format == ImageFormat::Jpeg ? u"image/jpeg"_s : u"image/png"_s;
-    const QTemporaryDir scratch;
-    const QString path = scratch.filePath(u"out"_s);
-    if (!imaging::drawFileToFile(job.source, path, job.width, job.height, modes, mimeType, job.settings.quality))
-        return unexpected(lastImagingError());
-    if (job.carryExif) {
-        QByteArray block;
-        if (imaging::readExif(job.source, block))
-            imaging::writeExif(path, block); // a target unfit for it stays as it is
-    }
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return unexpected(Error {ErrorCode::Internal, file.errorString()});
-    return output.write(file.readAll());
+    imaging::DrawRequest request;
+    request.source = job.source;
+    request.width = job.width;
+    request.height = job.height;
+    request.modes = drawModes(job.settings);
+    request.format = outputFormat(job.format);
+    request.quality = job.settings.quality;
+    request.carryExif = job.carryExif;
+    request.cancel = job.cancel;
+    return imaging::drawInto(request, output);
 }
 
 Expected<void, Error> LibraryImaging::copyInto(const QString &source, files::PendingFile &output)
 {
-    QFile file(source);
-    if (!file.open(QIODevice::ReadOnly))
-        return unexpected(Error {file.exists() ? ErrorCode::SourceUnreadable : ErrorCode::SourceMissing,
-                                 file.errorString()});
-    return output.write(file.readAll());
+    return imaging::copyInto(source, output);
 }
 
 } // namespace valtrona

@@ -98,7 +98,11 @@ public:
         const QStringList size = fields.value(1).split(u'x');
         if (fields.value(0) != u"IMG"_s || size.size() != 2)
             return unexpected(Error {ErrorCode::UnknownFormat, path});
-        return SourceFacts {size.at(0).toInt(), size.at(1).toInt(), fields.value(2).toLongLong()};
+        SourceFacts facts;
+        facts.width = size.at(0).toInt();
+        facts.height = size.at(1).toInt();
+        facts.decodeBytes = fields.value(2).toLongLong();
+        return facts;
     }
 
     qint64 drawMemory(const SourceFacts &facts, const DrawJob &) override { return facts.decodeBytes; }
