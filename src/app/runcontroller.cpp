@@ -9,10 +9,18 @@
 
 namespace valtrona {
 
+namespace {
+
+constexpr qint64 previewInterval = 500; // ms
+
+} // namespace
+
 RunController::RunController(ConversionHost &host, QObject *parent)
     : QObject(parent)
     , m_host(host)
 {
+    m_previewTimer.setSingleShot(true);
+    connect(&m_previewTimer, &QTimer::timeout, this, &RunController::tryPreview);
 }
 
 RunController::~RunController()
@@ -34,6 +42,7 @@ void RunController::start(const RunParameters &parameters, DrawingSettingsReader
     m_running = true;
     m_previewBusy = false;
     m_wantedPreview.clear();
+    m_lastPreview.invalidate();
     m_run->start(parameters);
     advance();
 }
@@ -80,13 +89,29 @@ void RunController::readPreview(const QString &path, const QSize &box)
 {
     m_wantedPreview = path;
     m_previewBox = box;
-    if (!m_previewBusy && m_pool && m_running && !path.isEmpty())
-        startPreview();
+    tryPreview();
+}
+
+// A preview costs a decode on the workers that convert: one every quarter
+// of a second is what an eye can follow, so faster runs skip the ones that
+// would only flash by.
+void RunController::tryPreview()
+{
+    if (m_previewBusy || !m_pool || !m_running || m_wantedPreview.isEmpty())
+        return;
+    const qint64 wait = m_lastPreview.isValid() ? previewInterval - m_lastPreview.elapsed() : 0;
+    if (wait > 0) {
+        if (!m_previewTimer.isActive())
+            m_previewTimer.start(int(wait));
+        return;
+    }
+    startPreview();
 }
 
 void RunController::startPreview()
 {
     m_previewBusy = true;
+    m_lastPreview.start();
     const QString path = m_wantedPreview;
     const QSize box = m_previewBox;
     m_pool->submit([this, path, box] {
@@ -95,8 +120,8 @@ void RunController::startPreview()
             m_previewBusy = false;
             if (path == m_wantedPreview)
                 Q_EMIT previewReady(path, picture);
-            else if (m_pool && !m_wantedPreview.isEmpty())
-                startPreview(); // the run has moved on meanwhile
+            else
+                tryPreview(); // the run has moved on meanwhile
         }, Qt::QueuedConnection);
     });
 }

@@ -3,9 +3,11 @@
 #include "batch/conversionrun.h"
 #include "controls/pictureloader.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QSize>
 #include <QString>
+#include <QTimer>
 
 #include <memory>
 
@@ -39,7 +41,8 @@ public:
 
     /// Reads a preview of `path` no larger than `box` on a worker;
     /// previewReady() follows. While one is read, only the newest request
-    /// waits. Only during a run.
+    /// waits, and a new one starts at most every quarter of a second. Only
+    /// during a run.
     void readPreview(const QString &path, const QSize &box);
 
     /// How the last run ended.
@@ -52,6 +55,7 @@ Q_SIGNALS:
 
 private:
     void advance();
+    void tryPreview();
     void startPreview();
     void release();
 
@@ -66,6 +70,8 @@ private:
     bool m_previewBusy = false;
     QString m_wantedPreview;
     QSize m_previewBox;
+    QElapsedTimer m_lastPreview;
+    QTimer m_previewTimer;
 };
 
 /// The end of a run in a few words: "198 bearbeitet, 2 Fehler".
