@@ -272,6 +272,10 @@ TEST_F(CliRunTest, EachEndingHasItsExitCode)
          finished, Written::All},
         {"reader gone", Sources::Large, slow, R"("$0" "$@" | head -n 1; exit "${PIPESTATUS[0]}")", {}, 3,
          u"valtrona-cli: Standardausgabe geschlossen, Bearbeitung abgebrochen\n"_s, std::nullopt, Written::Prefix},
+        {"size limit", Sources::Large, slow, R"(ulimit -f 100; exec "$0" "$@")", {}, 3,
+         u"src/big1.jpg: Dateigrößengrenze erreicht\n"
+         u"valtrona-cli: Dateigrößengrenze erreicht (ulimit -f), Bearbeitung abgebrochen\n"_s,
+         stopped, Written::None},
         {"output closed", Sources::Photo, small, R"(exec "$0" "$@" >&-)", {}, 3,
          u"valtrona-cli: Standardausgabe geschlossen\n"_s, std::nullopt, Written::None},
         {"SIGINT", Sources::Large, slow, nullptr, {SIGINT}, 130, {}, stopped, Written::Prefix},
