@@ -421,13 +421,8 @@ bool createDirectoryChain(const QString &path)
     return dirExists(p);
 }
 
-bool setFileTimes(const QString &path, const QDateTime &time, int which)
+struct timespec timespecOf(const QDateTime &time)
 {
-    if (which == 0)
-        which = LastWriteTime;
-    if (!(which & (LastAccessTime | LastWriteTime)) || !time.isValid() || path.isEmpty())
-        return false;
-
     const qint64 ms = time.toMSecsSinceEpoch();
     qint64 seconds = ms / 1000;
     qint64 remainder = ms % 1000;
@@ -438,7 +433,17 @@ bool setFileTimes(const QString &path, const QDateTime &time, int which)
     struct timespec stamp {};
     stamp.tv_sec = static_cast<time_t>(seconds);
     stamp.tv_nsec = static_cast<long>(remainder * 1000000);
+    return stamp;
+}
 
+bool setFileTimes(const QString &path, const QDateTime &time, int which)
+{
+    if (which == 0)
+        which = LastWriteTime;
+    if (!(which & (LastAccessTime | LastWriteTime)) || !time.isValid() || path.isEmpty())
+        return false;
+
+    const struct timespec stamp = timespecOf(time);
     struct timespec times[2];
     times[0].tv_sec = 0;
     times[0].tv_nsec = UTIME_OMIT;

@@ -31,6 +31,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <ctime>
 
 namespace valtrona::files {
 
@@ -164,6 +165,9 @@ Expected<void, Error> copyFileAtomically(const QString &source, const QString &t
 /// Creates the directory and every missing level above it; failures on the
 /// way are ignored. Returns whether the directory exists at the end.
 bool createDirectoryChain(const QString &path);
+
+/// A point in time as the system's file-time calls take it.
+struct timespec timespecOf(const QDateTime &time);
 
 enum FileTimeSelect { CreationTime = 1, LastAccessTime = 2, LastWriteTime = 4 };
 

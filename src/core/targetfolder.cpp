@@ -63,21 +63,6 @@ std::optional<QStringList> segmentsOf(const QString &relative)
     return segments;
 }
 
-struct timespec toTimespec(const QDateTime &time)
-{
-    const qint64 ms = time.toMSecsSinceEpoch();
-    qint64 seconds = ms / 1000;
-    qint64 remainder = ms % 1000;
-    if (remainder < 0) {
-        remainder += 1000;
-        --seconds;
-    }
-    struct timespec stamp {};
-    stamp.tv_sec = static_cast<time_t>(seconds);
-    stamp.tv_nsec = static_cast<long>(remainder * 1000000);
-    return stamp;
-}
-
 Expected<void, Error> writeAllAt(int fd, QByteArrayView bytes, const QString &where)
 {
     qsizetype done = 0;
@@ -429,7 +414,7 @@ Expected<void, Error> TargetFolder::commit(PendingFile &file, const QString &rel
             struct timespec times[2];
             times[0].tv_sec = 0;
             times[0].tv_nsec = UTIME_OMIT;
-            times[1] = toTimespec(options.modificationTime);
+            times[1] = timespecOf(options.modificationTime);
             ::futimens(fd, times);
         }
     };
