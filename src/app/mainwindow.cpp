@@ -1,6 +1,5 @@
 #include "app/mainwindow.h"
 
-#include <QAbstractButton>
 #include <QAbstractItemModel>
 #include <QApplication>
 #include <QButtonGroup>
