@@ -32,27 +32,15 @@ for _ in $(seq 50); do xdpyinfo >/dev/null 2>&1 && break; sleep 0.1; done
 openbox >"$work/openbox.log" 2>&1 &
 pids+=($!)
 
-# Seven photos: a sky gradient over a textured ground, and one portrait.
 photos="$work/Urlaub"
-mkdir -p "$photos"
-skies=('#3d7bd1-#dcefff' '#e8874a-#ffe2b0' '#5b8fd6-#f0f6ff' '#2a4d8f-#9cc3f0' '#c96a8a-#ffd9c0' '#4f9ad8-#e6f4ff')
-grounds=('#2f6a22,#a4c46a' '#6a4a22,#d8b47a' '#1f5b4a,#8fc4a8' '#4d6a1e,#c8d890' '#5b3a2a,#c89a70' '#1f4f7a,#7fb0d0')
-i=0
-for number in 4711 4712 4715 4723 4730 4731; do
-    convert -size 1600x720 "gradient:${skies[$i]}" \
-        \( -size 1600x480 -seed "$number" plasma:fractal -colorspace Gray -blur 0x1.5 \
-           -auto-level -colorspace sRGB +level-colors "${grounds[$i]}" \) -append \
-        -fill '#ffe27a' -draw "circle $((300 + i * 200)),$((180 + i * 20)) $((300 + i * 200)),$((240 + i * 20))" \
-        -quality 90 "$photos/IMG_${number}.jpg"
-    i=$((i + 1))
-done
-convert -size 1200x1600 gradient:'#1d3b6e-#f3c98b' -fill '#fff3c4' \
-    -draw 'circle 600,900 600,990' -quality 90 "$photos/IMG_4740.jpg"
+scripts/make-photos.sh "$photos"
 
-# A home of its own, so no settings of the person running this leak in.
+# A home of its own and a copy of the program (its settings file lives
+# beside it), so no settings of the person running this leak in or change.
 export HOME="$work/home" XDG_CONFIG_HOME="$work/home/.config"
-mkdir -p "$XDG_CONFIG_HOME"
-"$program" >"$work/program.log" 2>&1 &
+mkdir -p "$XDG_CONFIG_HOME" "$work/bin"
+cp "$program" "$work/bin/valtrona"
+"$work/bin/valtrona" >"$work/program.log" 2>&1 &
 pids+=($!)
 
 window=""

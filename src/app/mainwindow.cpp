@@ -1,6 +1,6 @@
 #include "app/mainwindow.h"
 
-#include <QAbstractButton>
+#include <QAbstractItemModel>
 #include <QApplication>
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMetaObject>
 #include <QProgressBar>
@@ -213,7 +214,8 @@ public:
 
     void setProgress(int index, int /*count*/, const QString &progressText) override
     {
-        m_window.m_lblStat->setText(progressText);
+        m_window.m_runStatusText = progressText;
+        m_window.updateCountLabel();
         m_window.m_prog->setValue(index);
     }
 
@@ -324,28 +326,19 @@ MainWindow::MainWindow(Environment environment, QWidget *parent)
     buildButtonRow(row);
     layout->addWidget(row);
 
-    // Enter goes on, Escape stops a run: what users of step-by-step
-    // windows expect.
-    for (const auto key : {Qt::Key_Return, Qt::Key_Enter}) {
-        auto *next = new QShortcut(QKeySequence(key), this);
-        connect(next, &QShortcut::activated, this, [this] {
-            // A focused button is pressed by Enter itself.
-            if (auto *button = qobject_cast<QAbstractButton *>(QApplication::focusWidget())) {
-                if (button->isEnabled() && !qobject_cast<QRadioButton *>(button)
-                    && !qobject_cast<QCheckBox *>(button)) {
-                    button->click();
-                    return;
-                }
-            }
-            if (m_cmdW->isEnabled())
-                m_cmdW->click();
-        });
-    }
+    // Escape stops a run from whichever card is shown. Enter has no
+    // window-wide meaning (see keyPressEvent()): it never starts a run.
     auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
     connect(escape, &QShortcut::activated, this, [this] {
-        if (m_running && m_currentCard == 3)
-            m_cmdStop->click();
+        if (m_running)
+            onStop();
     });
+
+    // The list's count follows every change of its rows, drops included.
+    QAbstractItemModel *rows = m_lv->model();
+    connect(rows, &QAbstractItemModel::rowsInserted, this, &MainWindow::updateCountLabel);
+    connect(rows, &QAbstractItemModel::rowsRemoved, this, &MainWindow::updateCountLabel);
+    connect(rows, &QAbstractItemModel::modelReset, this, &MainWindow::updateCountLabel);
 
     resize(820, 580);
 }
@@ -527,6 +520,7 @@ void MainWindow::buildProcessCard(QWidget *card)
 
     m_cmdStop = makeButton(QStringLiteral("cmdStop"), QStringLiteral("Abbruch"), frame);
     m_cmdStop->setToolTip(QStringLiteral("Esc"));
+    m_cmdStop->setEnabled(false);
     auto *stopRow = new QHBoxLayout;
     stopRow->addStretch(1);
     stopRow->addWidget(m_cmdStop);
@@ -619,8 +613,78 @@ void MainWindow::showCard(int n)
         return;
     m_aa->setActiveControl(n);
     m_currentCard = n;
+    // The focus moves before "Weiter >" may be disabled: a disabled button
+    // hands its focus on, and the next in line could be "Schließen".
+    focusCard();
     m_cmdZ->setEnabled(n != 1);
     m_cmdW->setEnabled(n != 3);
+    updateCountLabel();
+}
+
+void MainWindow::focusCard()
+{
+    // Where Enter and Space are harmless: the list, the first field, the
+    // run's status rows.
+    switch (m_currentCard) {
+    case 1:
+        m_lv->setFocus(Qt::OtherFocusReason);
+        break;
+    case 2:
+        m_cmbTyp->setActive();
+        break;
+    default:
+        m_lvStat->setFocus(Qt::OtherFocusReason);
+        break;
+    }
+}
+
+QWidget *MainWindow::shownCard() const
+{
+    return m_aa->getControl(m_currentCard);
+}
+
+void MainWindow::focusNextField()
+{
+    // Like Tab, but only to fields of the shown card: Enter never lands on
+    // a button, so pressing it again cannot trigger one.
+    QWidget *card = shownCard();
+    QWidget *start = QApplication::focusWidget();
+    for (int step = 0; step < 200; ++step) {
+        if (!focusNextChild())
+            return;
+        QWidget *now = QApplication::focusWidget();
+        if (!now || now == start)
+            return;
+        if (card && card->isAncestorOf(now) && !qobject_cast<QPushButton *>(now))
+            return;
+    }
+}
+
+void MainWindow::keyPressEvent(QKeyEvent *event)
+{
+    // Only keys no control took come here.
+    if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter) {
+        QWidget::keyPressEvent(event);
+        return;
+    }
+    QWidget *focus = QApplication::focusWidget();
+    if (auto *button = qobject_cast<QPushButton *>(focus); button && button->isEnabled()) {
+        // A focused button takes Enter as it takes Space.
+        button->click();
+    } else if (m_currentCard == 1 && focus == m_lv) {
+        onNext(); // on to the parameters; never a run from here
+    } else if (m_currentCard == 2 && focus && shownCard() && shownCard()->isAncestorOf(focus)) {
+        focusNextField();
+    }
+    event->accept();
+}
+
+void MainWindow::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    // Back from another program: files may have gone meanwhile.
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        m_lv->refreshAvailability();
 }
 
 bool MainWindow::validateCard(int n)
@@ -698,6 +762,9 @@ void MainWindow::onStop()
 
 void MainWindow::onReset()
 {
+    // Disabled while a run goes on: the list would empty under it.
+    if (m_running)
+        return;
     showCard(1);
     m_lv->removeAll();
     m_lv->showPreview();
@@ -840,8 +907,19 @@ QSize MainWindow::measureQuietly(const QString &path)
 
 void MainWindow::updateSourceCount()
 {
-    m_lblStat->setText(SourceList::countText(m_lv->count()));
-    setWindowTitle(m_programTitle);
+    updateCountLabel();
+    if (!m_running)
+        setWindowTitle(m_programTitle);
+}
+
+void MainWindow::updateCountLabel()
+{
+    // The run's progress and result belong to its card; the other cards
+    // show what the list holds.
+    if (m_currentCard == 3 && !m_runStatusText.isEmpty())
+        m_lblStat->setText(m_runStatusText);
+    else
+        m_lblStat->setText(SourceList::countText(m_lv->count()));
 }
 
 void MainWindow::showSourcePreview(const QString &path)
@@ -900,6 +978,9 @@ void MainWindow::runConversion()
     m_prog->setValue(0);
     m_running = true;
     m_suppressReports = true;
+    m_runStatusText.clear();
+    m_command1->setEnabled(false);
+    m_cmdStop->setEnabled(true);
 
     RunParameters parameters;
     parameters.sources = sources;
@@ -925,7 +1006,14 @@ void MainWindow::onRunFinished(const RunSummary &summary)
     m_prog->setValue(0);
     m_running = false;
     m_suppressReports = false;
-    m_lblStat->setText(runSummaryText(summary));
+    m_runStatusText = runSummaryText(summary);
+    if (m_currentCard == 3)
+        m_lvStat->setFocus(Qt::OtherFocusReason); // before "Abbruch" goes grey
+    m_cmdStop->setEnabled(false);
+    m_command1->setEnabled(true);
+    updateCountLabel();
+    // Sources the run moved to the trash show as gone.
+    m_lv->refreshAvailability();
     Q_EMIT runFinished();
 
     if (m_closing) {

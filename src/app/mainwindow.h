@@ -93,6 +93,8 @@ Q_SIGNALS:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     class RunHost;
@@ -119,6 +121,10 @@ private:
     void showReadPreview(const QString &path, const LoadedPicture &picture);
     void restartImaging();
     void updateSourceCount();
+    void updateCountLabel();
+    void focusCard();
+    void focusNextField();
+    QWidget *shownCard() const;
     void showSourcePreview(const QString &path);
     void readLastParameters();
     bool saveLastParameters();
@@ -138,6 +144,8 @@ private:
     bool m_shutDown = false;
     std::atomic_bool m_suppressReports = false;
     QString m_lastSourceFolder;
+    // What the count label shows on card 3: the run's progress or result.
+    QString m_runStatusText;
 
     std::shared_ptr<ImagingPictureLoader> m_pictureLoader;
     std::unique_ptr<RunHost> m_runHost;

@@ -24,9 +24,12 @@ namespace valtrona {
 namespace {
 
 constexpr int PathRole = Qt::UserRole;
+constexpr int GoneRole = Qt::UserRole + 1;
 
 // Rows compare by their shown text, as a list of names would, not by the
-// number inside it: "10 KB" sorts before "9 KB".
+// number inside it: "10 KB" sorts before "9 KB". Every cell's tooltip
+// names the whole path, so two files of one name can be told apart; a row
+// whose file has gone is greyed and says so.
 class SourceItem : public QTreeWidgetItem
 {
 public:
@@ -36,6 +39,31 @@ public:
     {
         const int column = treeWidget() ? treeWidget()->sortColumn() : 0;
         return QString::compare(text(column), other.text(column), Qt::CaseInsensitive) < 0;
+    }
+
+    QVariant data(int column, int role) const override
+    {
+        const bool gone = QTreeWidgetItem::data(SourceList::NameColumn, GoneRole).toBool();
+        switch (role) {
+        case Qt::ToolTipRole: {
+            const QString path = QTreeWidgetItem::data(SourceList::NameColumn, PathRole).toString();
+            return gone ? path + QStringLiteral("\nDatei nicht mehr vorhanden (gelöscht oder verschoben)") : path;
+        }
+        case Qt::ForegroundRole:
+            if (gone && treeWidget())
+                return treeWidget()->palette().brush(QPalette::Disabled, QPalette::Text);
+            break;
+        case Qt::FontRole:
+            if (gone && treeWidget()) {
+                QFont font = treeWidget()->font();
+                font.setItalic(true);
+                return font;
+            }
+            break;
+        default:
+            break;
+        }
+        return QTreeWidgetItem::data(column, role);
     }
 };
 
@@ -131,6 +159,7 @@ int SourceList::addSourceFiles(const QStringList &paths)
         row->setText(SizeColumn, sizeText(info.isFile() ? info.size() : 0, locale));
         row->setTextAlignment(SizeColumn, Qt::AlignRight | Qt::AlignVCenter);
         row->setText(DimensionColumn, dimensionText(m_measure ? m_measure(path) : QSize()));
+        row->setData(NameColumn, GoneRole, !files::pathExists(path));
         rows.append(row);
     }
 
@@ -159,6 +188,26 @@ QString SourceList::pathAt(int row) const
 int SourceList::count() const
 {
     return topLevelItemCount();
+}
+
+int SourceList::refreshAvailability()
+{
+    int changed = 0;
+    for (int i = 0; i < topLevelItemCount(); ++i) {
+        QTreeWidgetItem *row = topLevelItem(i);
+        const bool gone = !files::pathExists(row->data(NameColumn, PathRole).toString());
+        if (row->data(NameColumn, GoneRole).toBool() != gone) {
+            row->setData(NameColumn, GoneRole, gone);
+            ++changed;
+        }
+    }
+    return changed;
+}
+
+bool SourceList::isGone(int row) const
+{
+    const QTreeWidgetItem *item = topLevelItem(row);
+    return item && item->data(NameColumn, GoneRole).toBool();
 }
 
 void SourceList::removeSelected()
@@ -286,6 +335,8 @@ void SourceList::onHeaderClicked(int column)
     header()->setSortIndicatorShown(true);
     header()->setSortIndicator(column, order);
     sortItems(column, order);
+    // The arrow takes room in the header; the columns make room for it.
+    autoSizeColumns();
     m_columnSortOrder[static_cast<size_t>(column)] =
         order == Qt::AscendingOrder ? Qt::DescendingOrder : Qt::AscendingOrder;
 }

@@ -48,6 +48,13 @@ public:
     QString pathAt(int row) const;
     int count() const;
 
+    /// Looks again whether each row's file is there (a stat per row); a
+    /// row whose file was deleted or moved shows greyed and says so in its
+    /// tooltip. Returns the number of rows that changed.
+    int refreshAvailability();
+    /// True when the row's file was not there at the last look.
+    bool isGone(int row) const;
+
     /// Removes the selected rows, clears the preview row and asks the
     /// preview to clear.
     void removeSelected();

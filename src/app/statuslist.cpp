@@ -25,6 +25,10 @@ StatusList::StatusList(QWidget *parent)
     connect(this, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem *item) {
         Q_EMIT rowClicked(item->data(0, PathRole).toString());
     });
+    // Enter on a row shows its file as a click does.
+    connect(this, &QTreeWidget::itemActivated, this, [this](QTreeWidgetItem *item) {
+        Q_EMIT rowClicked(item->data(0, PathRole).toString());
+    });
 }
 
 void StatusList::addStatusRow(const QString &text, int kind, const QString &path)

@@ -1,6 +1,8 @@
 #include "app/userdialogs.h"
 
 #include <QFileDialog>
+#include <QFontMetrics>
+#include <QGridLayout>
 #include <QHeaderView>
 #include <QMessageBox>
 #include <QTreeView>
@@ -11,21 +13,49 @@ namespace valtrona {
 
 UserDialogs::~UserDialogs() = default;
 
+int StandardDialogs::titleBarRoom(const QString &title, const QWidget *widget)
+{
+    // Window frames set the title in bold beside an icon and up to three
+    // buttons; Qt's own allowance of 50 pixels leaves short boxes with a
+    // title cut in the middle ("GDI Par…terhilfe").
+    QFont font = widget->font();
+    font.setBold(true);
+    const QFontMetrics metrics(font);
+    return metrics.horizontalAdvance(title) + 6 * metrics.height();
+}
+
+QMessageBox *StandardDialogs::createMessageBox(QWidget *parent, QMessageBox::Icon icon, const QString &title,
+                                               const QString &text, QMessageBox::StandardButtons buttons)
+{
+    auto *box = new QMessageBox(icon, title, text, buttons, parent);
+    // The box takes the width its layout needs; an empty row as wide as
+    // the title bar needs keeps the title whole.
+    if (auto *grid = qobject_cast<QGridLayout *>(box->layout())) {
+        grid->addItem(new QSpacerItem(titleBarRoom(title, box), 0, QSizePolicy::Fixed, QSizePolicy::Minimum),
+                      grid->rowCount(), 0, 1, grid->columnCount());
+    }
+    return box;
+}
+
 void StandardDialogs::information(QWidget *parent, const QString &title, const QString &text)
 {
-    QMessageBox::information(parent, title, text);
+    const std::unique_ptr<QMessageBox> box(
+        createMessageBox(parent, QMessageBox::Information, title, text, QMessageBox::Ok));
+    box->exec();
 }
 
 bool StandardDialogs::askYesNo(QWidget *parent, const QString &title, const QString &text)
 {
-    return QMessageBox::question(parent, title, text, QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes)
-        == QMessageBox::Yes;
+    const std::unique_ptr<QMessageBox> box(
+        createMessageBox(parent, QMessageBox::Question, title, text, QMessageBox::Yes | QMessageBox::No));
+    box->setDefaultButton(QMessageBox::Yes);
+    return box->exec() == QMessageBox::Yes;
 }
 
 void StandardDialogs::plainMessage(QWidget *parent, const QString &title, const QString &text)
 {
-    QMessageBox box(QMessageBox::NoIcon, title, text, QMessageBox::Ok, parent);
-    box.exec();
+    const std::unique_ptr<QMessageBox> box(createMessageBox(parent, QMessageBox::NoIcon, title, text, QMessageBox::Ok));
+    box->exec();
 }
 
 QFileDialog *StandardDialogs::createOpenDialog(QWidget *parent, const QString &title, const QStringList &filters)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMessageBox>
 #include <QString>
 #include <QStringList>
 
@@ -39,6 +40,13 @@ public:
     static QFileDialog *createOpenDialog(QWidget *parent, const QString &title, const QStringList &filters);
     /// The folder dialog as chooseFolder() shows it. The caller owns it.
     static QFileDialog *createFolderDialog(QWidget *parent, const QString &prompt, const QString &startFolder);
+    /// A message box as the methods below show it, wide enough that the
+    /// window frame can show its whole title. The caller owns it.
+    static QMessageBox *createMessageBox(QWidget *parent, QMessageBox::Icon icon, const QString &title,
+                                         const QString &text, QMessageBox::StandardButtons buttons);
+    /// The width a window needs for its title in the frame's bold font
+    /// beside the frame's icon and buttons.
+    static int titleBarRoom(const QString &title, const QWidget *widget);
 
     void information(QWidget *parent, const QString &title, const QString &text) override;
     bool askYesNo(QWidget *parent, const QString &title, const QString &text) override;

@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QImage>
 #include <QImageReader>
@@ -21,6 +22,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <vector>
 
 #include "app/mainwindow.h"
 #include "app/settingsdialog.h"
@@ -60,6 +62,14 @@ QStringList leftovers(const QString &dir)
     return found;
 }
 
+QStringList names(const std::vector<const char *> &list)
+{
+    QStringList result;
+    for (const char *name : list)
+        result.append(QString::fromLatin1(name));
+    return result;
+}
+
 class MainWindowTest : public ::testing::Test
 {
 protected:
@@ -79,6 +89,8 @@ protected:
         auto window = std::make_unique<MainWindow>(env);
         started = window->start();
         window->show();
+        window->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
         return window;
     }
 
@@ -93,6 +105,26 @@ protected:
     VxLineIn *line(MainWindow &window, const char *name) { return child<VxLineIn>(window, name); }
 
     void click(MainWindow &window, const char *name) { child<QPushButton>(window, name)->click(); }
+
+    // The control with the keyboard focus, by its program name; the inner
+    // elements of a line input count as the line.
+    static QString focused()
+    {
+        QWidget *widget = QApplication::focusWidget();
+        for (QWidget *w = widget; w; w = w->parentWidget()) {
+            if (qobject_cast<VxLineIn *>(w))
+                return w->objectName();
+        }
+        return widget ? widget->objectName() : QString();
+    }
+
+    // A key as the user types it: to the focused widget, shortcuts first.
+    static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {})
+    {
+        QWidget *target = QApplication::focusWidget();
+        ASSERT_NE(target, nullptr) << "nothing has the focus";
+        QTest::keyClick(target, key, modifiers);
+    }
 
     // A run goes on while the window serves its events; this waits for its end.
     static void waitForRun(MainWindow &window)
@@ -369,6 +401,8 @@ TEST_F(MainWindowTest, BatchRunsToCompletionWithRowsFilesAndSavedParameters)
     EXPECT_EQ(child<QProgressBar>(*window, "prog")->value(), 0);
     EXPECT_EQ(child<QProgressBar>(*window, "prog")->maximum(), 4);
     EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("3 bearbeitet, 1 Fehler"));
+    click(*window, "cmdZ"); // the other cards count the list again
+    EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("4 Bilder"));
     const int errorRow = static_cast<int>(texts.indexOf(QStringLiteral("Fehler beim Verarbeiten des Bildes")));
     EXPECT_EQ(status->topLevelItem(errorRow)->toolTip(0), broken + QStringLiteral(": Kein Bild oder unbekanntes Bildformat"));
 
@@ -379,39 +413,169 @@ TEST_F(MainWindowTest, BatchRunsToCompletionWithRowsFilesAndSavedParameters)
     EXPECT_EQ(window->sourceList()->count(), 4); // the run leaves the list alone
 }
 
-TEST_F(MainWindowTest, EnterGoesOnAndEscapeStopsARunLikeAbbruch)
+TEST_F(MainWindowTest, FocusFollowsTheReadingOrderOfEachCard)
 {
+    const struct
+    {
+        int card;
+        std::vector<const char *> tabs; // from the control a card change focuses
+        std::vector<const char *> enters; // Enter goes from field to field of the card
+    } cases[] = {
+        {1, {"lv", "cmdOpen", "cmdOpenF", "cmdRemove", "cmdRemoveAll", "Command1", "cmdCFG", "cmdW", "cmdOK"}, {}},
+        {2,
+         {"cmbTyp", "txtB", "cmbFB", "txtH", "cmbFH", "cmbFMT", "cmbFMT", "cmbFMT", "cmbFMT", "optDF", "txtSFor",
+          "txtRep", "txtDst", "txtDst", "chkKeepDir", "chkDel", "chkEXF", "chkDU", "Command1", "cmdCFG", "cmdZ",
+          "cmdW", "cmdOK"},
+         {"cmbTyp", "txtB", "cmbFB", "txtH", "cmbFH", "cmbFMT", "cmbFMT", "cmbFMT", "cmbFMT", "optDF", "txtSFor",
+          "txtRep", "txtDst", "chkKeepDir", "chkDel", "chkEXF", "chkDU", "cmbTyp"}},
+        {3, {"lvStat", "Command1", "cmdCFG", "cmdZ", "cmdOK"}, {}},
+    };
+    // Everything set for a run: only "Weiter >" may start it.
     auto window = open();
-    window->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
-    dialogs->nextFiles = sourceImages(6);
-    QPushButton *openButton = child<QPushButton>(*window, "cmdOpen");
-    openButton->setFocus();
-    QTest::keyClick(openButton, Qt::Key_Return); // a focused button takes Enter itself
-    ASSERT_EQ(window->sourceList()->count(), 6);
-    EXPECT_EQ(window->currentCard(), 1);
+    prepareRun(*window, sourceImages(1));
+    line(*window, "cmbTyp")->setListIndex(0);
+    line(*window, "txtH")->setText(QStringLiteral("150"));
+    for (const auto &c : cases) {
+        window->showCard(c.card);
+        const QStringList tabs = names(c.tabs);
+        ASSERT_EQ(focused(), tabs.first()) << c.card;
+        QStringList seen;
+        for (qsizetype i = 0; i < tabs.size(); ++i) {
+            seen.append(focused());
+            press(Qt::Key_Tab);
+        }
+        seen.append(focused());
+        EXPECT_EQ(seen, tabs + QStringList{tabs.first()}) << c.card;
 
-    window->sourceList()->setFocus();
-    QTest::keyClick(window->sourceList(), Qt::Key_Return);
-    ASSERT_EQ(window->currentCard(), 2);
+        seen.clear();
+        for (size_t i = 0; i < c.enters.size(); ++i) {
+            seen.append(focused());
+            press(Qt::Key_Return);
+        }
+        EXPECT_EQ(seen, names(c.enters)) << c.card;
+        EXPECT_EQ(window->currentCard(), c.card);
+    }
+    // Enter in the list goes on to the parameters, and no further; a unit
+    // picked with the arrow key and Enter is just picked.
+    window->showCard(1);
+    press(Qt::Key_Return);
+    EXPECT_EQ(window->currentCard(), 2);
+    EXPECT_EQ(focused(), QStringLiteral("cmbTyp"));
+    child<QComboBox>(*window, "cmbFB")->setFocus();
+    press(Qt::Key_Down);
+    press(Qt::Key_Enter);
+    EXPECT_EQ(child<QComboBox>(*window, "cmbFB")->currentIndex(), 1);
+    EXPECT_EQ(window->currentCard(), 2);
+    EXPECT_FALSE(window->isRunning());
+    EXPECT_EQ(window->statusList()->topLevelItemCount(), 0);
+}
 
-    line(*window, "cmbTyp")->setListIndex(2);
-    line(*window, "txtB")->setText(QStringLiteral("200"));
-    line(*window, "txtDst")->setText(targetDir);
-    onRow(*window, QStringLiteral("Bearbeite Bild : img03.jpg"),
-          [&] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape); });
-    QLineEdit *width = line(*window, "txtB")->findChild<QLineEdit *>(QStringLiteral("txt"));
-    width->setFocus();
-    QTest::keyClick(width, Qt::Key_Return);
+TEST_F(MainWindowTest, StrayKeysAfterAStartLeaveTheRunAlone)
+{
+    enum class Start { Mouse, Enter, Space, AccessKey };
+    for (const Start start : {Start::Mouse, Start::Enter, Start::Space, Start::AccessKey}) {
+        SCOPED_TRACE(static_cast<int>(start));
+        QDir(targetDir).removeRecursively();
+        quits = 0;
+        dialogs->shown.clear();
+        const QStringList sources = sourceImages(3);
+        auto window = open();
+        prepareRun(*window, sources);
+        QStringList focusDuringRun;
+        onRow(*window, QStringLiteral("Bearbeite Bild : img01.jpg"), [&] {
+            focusDuringRun.append(focused());
+            for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Space, Qt::Key_Enter})
+                press(key);
+            focusDuringRun.append(focused());
+        });
+        auto *next = child<QPushButton>(*window, "cmdW");
+        switch (start) {
+        case Start::Mouse:
+            QTest::mouseClick(next, Qt::LeftButton);
+            break;
+        case Start::Enter:
+        case Start::Space:
+            next->setFocus();
+            press(start == Start::Enter ? Qt::Key_Return : Qt::Key_Space);
+            break;
+        case Start::AccessKey:
+            press(Qt::Key_W, Qt::AltModifier); // presses "Weiter >" a moment later
+            EXPECT_TRUE(QTest::qWaitFor([&] { return !focusDuringRun.isEmpty(); }));
+            break;
+        }
+        waitForRun(*window);
+
+        EXPECT_EQ(focusDuringRun, QStringList({QStringLiteral("lvStat"), QStringLiteral("lvStat")}));
+        EXPECT_EQ(focused(), QStringLiteral("lvStat"));
+        EXPECT_EQ(quits, 0);
+        EXPECT_TRUE(window->isVisible());
+        EXPECT_EQ(window->sourceList()->count(), 3);
+        EXPECT_EQ(rows(*window).count(QStringLiteral("Bearbeite 3 Bilder")), 1);
+        EXPECT_EQ(rows(*window).last(), QStringLiteral("Bearbeitung abgeschlossen"));
+        EXPECT_EQ(dialogs->shown.size(), 1); // the open dialog only
+    }
+}
+
+TEST_F(MainWindowTest, EscapeStopsARunFromEveryCardAndResetWaitsForTheEnd)
+{
+    for (const int card : {3, 2, 1}) {
+        SCOPED_TRACE(card);
+        auto window = open();
+        prepareRun(*window, sourceImages(6));
+        auto *reset = child<QPushButton>(*window, "Command1");
+        bool resetDuringRun = true;
+        onRow(*window, QStringLiteral("Bearbeite Bild : img02.jpg"), [&] {
+            // "< Zurück" by its access key, which presses the button a
+            // moment later.
+            for (int i = 3; i > card; --i) {
+                press(Qt::Key_Z, Qt::AltModifier);
+                EXPECT_TRUE(QTest::qWaitFor([&] { return window->currentCard() == i - 1; }));
+            }
+            resetDuringRun = reset->isEnabled();
+            press(Qt::Key_R, Qt::AltModifier); // "Reset" is not there to press
+            press(Qt::Key_Escape);
+        });
+        click(*window, "cmdW");
+        waitForRun(*window);
+
+        EXPECT_EQ(window->currentCard(), card);
+        EXPECT_FALSE(resetDuringRun);
+        EXPECT_TRUE(reset->isEnabled());
+        EXPECT_EQ(window->sourceList()->count(), 6);
+        EXPECT_TRUE(window->stopRequested());
+        EXPECT_EQ(rows(*window).last(), QStringLiteral("Bearbeitung abgebrochen"));
+        EXPECT_LT(QDir(targetDir).entryList(QDir::Files).size(), 6);
+        QDir(targetDir).removeRecursively();
+    }
+}
+
+TEST_F(MainWindowTest, GoneSourcesShowAsSuchAfterARunAndOnReturn)
+{
+    const test::ScopedEnvironment trash("XDG_DATA_HOME", sandbox.filePath(QStringLiteral("data")));
+    const QStringList sources = sourceImages(3);
+    auto window = open();
+    prepareRun(*window, sources);
+    child<QCheckBox>(*window, "chkDel")->setChecked(true);
+    click(*window, "cmdW");
     waitForRun(*window);
 
-    // Escape clicks "Abbruch": the file in hand is finished, no other begun.
-    EXPECT_EQ(window->currentCard(), 3);
-    EXPECT_TRUE(window->stopRequested());
-    EXPECT_EQ(rows(*window).last(), QStringLiteral("Bearbeitung abgebrochen"));
-    EXPECT_EQ(rows(*window).count(QStringLiteral("Bild erfolgreich bearbeitet")), 3);
-    EXPECT_EQ(QDir(targetDir).entryList(QDir::Files).size(), 3);
-    EXPECT_EQ(window->windowTitle(), QStringLiteral("Valtrona"));
+    SourceList *list = window->sourceList();
+    ASSERT_EQ(list->count(), 3);
+    for (int row = 0; row < 3; ++row)
+        EXPECT_TRUE(list->isGone(row)) << row;
+
+    list->addSourceFiles({writeJpeg(sandbox.filePath(QStringLiteral("later.jpg")), 40, 30)});
+    EXPECT_FALSE(list->isGone(3));
+    // Deleted by another program meanwhile: seen when the window is back.
+    QFile::remove(list->pathAt(3));
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    EXPECT_FALSE(list->isGone(3));
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    EXPECT_TRUE(list->isGone(3));
 }
 
 TEST_F(MainWindowTest, WindowServesEventsWhileAPhotoConverts)
@@ -636,7 +800,7 @@ TEST_F(MainWindowTest, RemovingRowsAsksOnlyForAll)
     EXPECT_TRUE(dialogs->shown.isEmpty());
 }
 
-TEST_F(MainWindowTest, DropAddsRowsButLeavesTheCountLabel)
+TEST_F(MainWindowTest, DropAddsRowsAndTheCountFollows)
 {
     auto window = open();
     const QStringList files = sourceImages(2);
@@ -649,7 +813,7 @@ TEST_F(MainWindowTest, DropAddsRowsButLeavesTheCountLabel)
     QCoreApplication::sendEvent(window->sourceList()->viewport(), &drop);
     ASSERT_EQ(window->sourceList()->count(), 2);
     EXPECT_EQ(window->sourceList()->topLevelItem(0)->text(SourceList::DimensionColumn), QStringLiteral("400 x 300"));
-    EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("Keine Bilder"));
+    EXPECT_EQ(child<QLabel>(*window, "lblStat")->text(), QStringLiteral("2 Bilder"));
 }
 
 TEST_F(MainWindowTest, SchliessenEndsTheProgramWithoutAskingOrSaving)

@@ -1,3 +1,4 @@
+#include <QFile>
 #include <QHeaderView>
 #include <QLocale>
 #include <QMimeData>
@@ -116,6 +117,34 @@ TEST_F(SourceListTest, RowsCarryNameSizeDimensionsAndDropDuplicatesByExactPath)
     EXPECT_EQ(measured.size(), 4); // duplicates are never measured
 }
 
+TEST_F(SourceListTest, RowsNameTheirWholePathAndShowWhenTheFileIsGone)
+{
+    const QString first = file(QStringLiteral("a/IMG_1.jpg"));
+    const QString second = file(QStringLiteral("b/IMG_1.jpg"));
+    const QString missing = sandbox.filePath(QStringLiteral("never.jpg"));
+    list.addSourceFiles({first, second, missing});
+    const QColor grey = list.palette().color(QPalette::Disabled, QPalette::Text);
+    auto looksGone = [&](int row) {
+        const QTreeWidgetItem *item = list.topLevelItem(row);
+        return list.isGone(row) && item->foreground(SourceList::NameColumn).color() == grey
+            && item->toolTip(SourceList::SizeColumn).contains(QStringLiteral("nicht mehr vorhanden"));
+    };
+
+    EXPECT_EQ(list.topLevelItem(0)->toolTip(SourceList::NameColumn), first);
+    EXPECT_EQ(list.topLevelItem(1)->toolTip(SourceList::DimensionColumn), second);
+    EXPECT_FALSE(looksGone(0));
+    EXPECT_TRUE(looksGone(2));
+    EXPECT_TRUE(list.topLevelItem(2)->toolTip(SourceList::NameColumn).startsWith(missing));
+
+    QFile::remove(second);
+    EXPECT_FALSE(looksGone(1)); // until the list looks again
+    EXPECT_EQ(list.refreshAvailability(), 1);
+    EXPECT_TRUE(looksGone(1));
+    file(QStringLiteral("b/IMG_1.jpg")); // back again
+    EXPECT_EQ(list.refreshAvailability(), 1);
+    EXPECT_FALSE(looksGone(1));
+}
+
 TEST_F(SourceListTest, FileNameIsTakenBehindTheLastSlash)
 {
     list.addSourceFiles({QStringLiteral("C:\\Bilder\\x.jpg"), QStringLiteral("/tmp/mixed\\y.jpg"),
@@ -141,6 +170,9 @@ TEST_F(SourceListTest, HeaderClicksAlternatePerColumnAndCompareText)
 
     clickHeader(SourceList::NameColumn);
     EXPECT_EQ(column(0), QStringList({QStringLiteral("a.jpg"), QStringLiteral("b.jpg"), QStringLiteral("C.jpg")}));
+    // Every caption keeps its room once the sort arrow shows.
+    for (const int c : {SourceList::NameColumn, SourceList::SizeColumn, SourceList::DimensionColumn})
+        EXPECT_GE(list.header()->sectionSize(c), list.header()->sectionSizeHint(c)) << c;
     clickHeader(SourceList::NameColumn);
     EXPECT_EQ(column(0), QStringList({QStringLiteral("C.jpg"), QStringLiteral("b.jpg"), QStringLiteral("a.jpg")}));
 
