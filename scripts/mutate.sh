@@ -27,8 +27,13 @@ survived=0
 broken=0
 survivors=()
 
+# Puts the file back, newer than anything built from the fault, so the next
+# build compiles it again.
 restore() {
-    [ -n "${current:-}" ] && [ -f "$current.mutate-backup" ] && mv -f "$current.mutate-backup" "$current"
+    if [ -n "${current:-}" ] && [ -f "$current.mutate-backup" ]; then
+        mv -f "$current.mutate-backup" "$current"
+        touch "$current"
+    fi
     current=""
 }
 trap restore EXIT INT TERM
