@@ -526,13 +526,12 @@ Expected<Drawing, Error> drawingPipeline(SourceFile &file, const DrawRequest &re
 
 // ---- The encoders -------------------------------------------------------------
 
-// Encoder efforts, chosen for batch speed. At the output sizes a batch
-// writes, JPEG takes about 5 ms per megapixel. WebP's effort 2 takes some
-// 35 ms per megapixel and its files are about half the JPEG's at the same
-// quality setting; effort 4 (the library's default) doubles the time for a
-// few percent. AVIF's effort 0 takes some 45 ms per megapixel; effort 2
-// takes four times as long for no smaller file, and the default 4 forty
-// times.
+// Encoder efforts, chosen for batch speed (bench/formats.sh measures the
+// whole conversion). Encoding alone takes JPEG about 10 ms of CPU per
+// megapixel. WebP's effort 2 takes some 35 ms; the library's default 4
+// doubles that for 0.3 dB at the same file size. AVIF's effort 0 takes some
+// 45 ms; effort 2 takes four times as long for 0.2 dB, the default 4 forty
+// times as long.
 constexpr int kWebpEffort = 2;
 constexpr int kAvifEffort = 0;
 
