@@ -743,7 +743,7 @@ Expected<void, Error> drawInto(const DrawRequest &request, files::PendingFile &o
         if (std::optional<QByteArray> block = detail::readExifBlock(file.descriptor())) {
             const std::optional<int> orientation =
                 request.orientation == Orientation::Upright ? std::optional<int>(1) : std::nullopt;
-            detail::describeOutput(*block, orientation, request.width, request.height);
+            describeOutput(*block, orientation, request.width, request.height);
             exif = jpeg ? detail::portableHeaderBlock(*block) : detail::exifPayload(*block);
         }
     }

@@ -137,14 +137,6 @@ std::optional<QByteArray> readExifBlock(int descriptor);
 /// followed by whole APPn/COM segments.
 QByteArray portableHeaderBlock(const QByteArray &block);
 
-/// Makes the EXIF data of a header block describe an output of width x
-/// height pixels, in place (lengths and offsets never change): the
-/// dimensions of the EXIF directory (PixelXDimension, PixelYDimension) and,
-/// when `orientation` is given, the orientation of the main picture, in the
-/// EXIF directory and in an XMP packet beside it. Tags the block lacks stay
-/// lacking; a damaged structure is patched as far as it reads.
-void describeOutput(QByteArray &block, std::optional<int> orientation, int width, int height);
-
 /// The payload of a header block's EXIF segment: "Exif", two zero bytes and
 /// the TIFF structure; empty when the block has none.
 QByteArray exifPayload(const QByteArray &block);

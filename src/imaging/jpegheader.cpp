@@ -316,21 +316,6 @@ void forEachApp1(const QByteArray &block, QByteArrayView identifier, Visit visit
 
 namespace detail {
 
-void describeOutput(QByteArray &block, std::optional<int> orientation, int width, int height)
-{
-    if (block.size() < 2 || byteAt(block, 0) != kMarker || byteAt(block, 1) != kStartOfImage)
-        return;
-    forEachApp1(block, kExifIdentifier, [&](qsizetype payload, qsizetype size) {
-        describeInTiff(block, payload + kExifIdentifier.size(), size - kExifIdentifier.size(), orientation,
-                       width, height);
-    });
-    if (orientation) {
-        forEachApp1(block, kXmpIdentifier, [&](qsizetype payload, qsizetype size) {
-            describeInXmp(block, payload, size, *orientation);
-        });
-    }
-}
-
 QByteArray exifPayload(const QByteArray &block)
 {
     QByteArray found;
@@ -385,6 +370,21 @@ std::optional<QByteArray> readExifBlock(int descriptor)
 }
 
 } // namespace detail
+
+void describeOutput(QByteArray &block, std::optional<int> orientation, int width, int height)
+{
+    if (block.size() < 2 || byteAt(block, 0) != kMarker || byteAt(block, 1) != kStartOfImage)
+        return;
+    forEachApp1(block, kExifIdentifier, [&](qsizetype payload, qsizetype size) {
+        describeInTiff(block, payload + kExifIdentifier.size(), size - kExifIdentifier.size(), orientation,
+                       width, height);
+    });
+    if (orientation) {
+        forEachApp1(block, kXmpIdentifier, [&](qsizetype payload, qsizetype size) {
+            describeInXmp(block, payload, size, *orientation);
+        });
+    }
+}
 
 JpegHeader parseJpegHeader(const QByteArray &bytes, bool endCheck)
 {
