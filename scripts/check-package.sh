@@ -48,6 +48,11 @@ helpOptions="$(grep -oE '^  --[a-z-]+' "$work/help.txt" | tr -d ' ' | sort)"
 completionOptions="$(sed -n "/local options='/,/'/p" "$completion" | grep -oE -- '--[a-z-]+' | sort)"
 [ "$helpOptions" = "$completionOptions" ] \
     || fail "the bash completion's options differ from --help: $(diff <(echo "$helpOptions") <(echo "$completionOptions") | tr '\n' ' ')"
+# And every format the help names.
+for format in $(grep -oE -- '--format [a-z|]+' "$work/help.txt" | cut -d ' ' -f 2 | tr '|' ' '); do
+    sed -n '/--format)/,/;;/p' "$completion" | grep -qw -- "$format" \
+        || fail "the bash completion does not offer --format $format"
+done
 
 echo "== one conversion with /usr/bin/valtrona-cli"
 # A settings file of its own, so nothing of this machine's settings leaks in.

@@ -445,7 +445,11 @@ void MainWindow::buildParameterCard(QWidget *card)
     m_optDF[0]->setProperty("Tag", QStringLiteral("J"));
     m_optDF[1] = new QRadioButton(QStringLiteral("&PNG"), frame);
     m_optDF[1]->setProperty("Tag", QStringLiteral("P"));
-    for (int i = 0; i < 2; ++i) {
+    m_optDF[2] = new QRadioButton(QStringLiteral("W&ebP"), frame);
+    m_optDF[2]->setProperty("Tag", QStringLiteral("W"));
+    m_optDF[3] = new QRadioButton(QStringLiteral("AV&IF"), frame);
+    m_optDF[3]->setProperty("Tag", QStringLiteral("A"));
+    for (int i = 0; i < 4; ++i) {
         m_optDF[i]->setObjectName(QStringLiteral("optDF"));
         setControlArrayIndex(m_optDF[i], i);
         formatGroup->addButton(m_optDF[i], i);
@@ -585,6 +589,7 @@ bool MainWindow::start()
     showCard(1);
     seedDefaultSettings(m_env.settingsPath);
     readLastParameters();
+    applyOrientationSetting();
 
     imaging::setReporter([this](const QString &title, const QString &text) {
         // Reports may come from a worker thread; boxes belong to this one.
@@ -779,6 +784,15 @@ void MainWindow::onConfigure()
     init->setProperty("Tag", 1);
     init->click();
     dialog.exec();
+    applyOrientationSetting();
+}
+
+void MainWindow::applyOrientationSetting()
+{
+    // Previews and the dimensions column follow the setting; a run reads it
+    // per file with the drawing settings.
+    const bool upright = readImagingSettings(m_env.settingsPath).upright;
+    imaging::setOrientation(upright ? imaging::Orientation::Upright : imaging::Orientation::Stored);
 }
 
 void MainWindow::onOpenFiles()

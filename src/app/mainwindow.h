@@ -127,6 +127,7 @@ private:
     QWidget *shownCard() const;
     void showSourcePreview(const QString &path);
     void readLastParameters();
+    void applyOrientationSetting();
     bool saveLastParameters();
     static int selectedItemData(const QComboBox *combo);
     static int selectedItemData(const VxLineIn *line);
@@ -167,7 +168,7 @@ private:
     QComboBox *m_cmbFB = nullptr;
     QComboBox *m_cmbFH = nullptr;
     VxLineIn *m_cmbFMT[4] = {};
-    QRadioButton *m_optDF[2] = {};
+    QRadioButton *m_optDF[4] = {};
     VxLineIn *m_txtSFor = nullptr;
     VxLineIn *m_txtRep = nullptr;
     VxLineIn *m_txtDst = nullptr;

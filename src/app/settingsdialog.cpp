@@ -32,6 +32,7 @@ constexpr LineSpec lineSpecs[SettingsDialog::lineCount] = {
     {"SMT", "GDI Smoothing :", "01234"},
     {"PXL", "GDI PixelOffset :", "01234"},
     {"CMP", "GDI CompositingQuality :", "01234"},
+    {"ORI", "EXIF Ausrichtung :", "01"},
 };
 
 } // namespace
@@ -180,6 +181,10 @@ QStringList SettingsDialog::parameterHelp(const QString &key)
     if (key == QLatin1String("CMP")) {
         return {QStringLiteral("0 = Default"), QStringLiteral("1 = HighSpeed"), QStringLiteral("2 = HighQuality"),
                 QStringLiteral("3 = GammaCorrected"), QStringLiteral("4 = AssumeLinear")};
+    }
+    if (key == QLatin1String("ORI")) {
+        return {QStringLiteral("0 = Bilder wie gespeichert"),
+                QStringLiteral("1 = Bilder aufrichten, wie die EXIF-Ausrichtung angibt (auch wenn leer)")};
     }
     return {};
 }

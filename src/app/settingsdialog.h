@@ -12,17 +12,18 @@ namespace valtrona {
 class UserDialogs;
 class VxLineIn;
 
-/// The settings dialog for the five imaging parameters of section "JPG":
-/// JPEG quality and the four drawing modes, each with its "?" help.
-/// Edits are written only after the user confirms the save question.
+/// The settings dialog for the imaging parameters of section "JPG": JPEG
+/// quality, the four drawing modes and the orientation, each but the quality
+/// with its "?" help. Edits are written only after the user confirms the save
+/// question.
 class SettingsDialog : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// Index of the first line (quality); the lines are 5 to 9.
+    /// Index of the first line (quality); the lines are 5 to 10.
     static constexpr int firstLine = 5;
-    static constexpr int lineCount = 5;
+    static constexpr int lineCount = 6;
 
     SettingsDialog(QString settingsPath, std::shared_ptr<UserDialogs> dialogs, QWidget *parent = nullptr);
 
@@ -32,11 +33,11 @@ public:
     /// Fills the lines from the settings file and clears the dirty flag.
     void fill();
     /// Asks "Wollen Sie Ihre Änderungen speichern ?" when something changed;
-    /// on Yes writes the five lines. Either answer clears the dirty flag.
+    /// on Yes writes the lines. Either answer clears the dirty flag.
     void saveIfChanged();
 
     bool isDirty() const;
-    /// The input of line index (5 to 9); null outside that range.
+    /// The input of line index (5 to 10); null outside that range.
     VxLineIn *line(int index) const;
 
     /// Help lines shown by the "?" button of a key; empty for "PRZ" and

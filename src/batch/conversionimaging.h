@@ -23,15 +23,19 @@ struct DrawingSettings
     int smoothing = 4;     ///< "SMT"
     int pixelOffset = 2;   ///< "PXL"
     int compositing = 2;   ///< "CMP"
+    bool upright = true;   ///< "ORI" not "0": photos turned as their EXIF orientation says
     bool operator==(const DrawingSettings &other) const = default;
 };
 
 /// The file formats a run writes.
-enum class ImageFormat { Jpeg, Png };
+enum class ImageFormat { Jpeg, Png, WebP, Avif };
 
-/// The format of a format code, ignoring case: "J" JPEG, "P" PNG; nothing
-/// for any other code (such a run saves nothing).
+/// The format of a format code, ignoring case: "J" JPEG, "P" PNG, "W" WebP,
+/// "A" AVIF; nothing for any other code (such a run saves nothing).
 std::optional<ImageFormat> formatForCode(const QString &code);
+
+/// The file extension of a format: ".jpg", ".png", ".webp", ".avif".
+QString formatExtension(ImageFormat format);
 
 /// What the run learns from a source's header before it draws it: its size
 /// and what its decoding will take.
@@ -45,7 +49,7 @@ struct DrawJob
     int height = 0;
     DrawingSettings settings;
     ImageFormat format = ImageFormat::Jpeg;
-    bool carryExif = false; ///< a JPEG source's EXIF block goes into a JPEG output
+    bool carryExif = false; ///< a JPEG source's EXIF data goes into the output (not PNG)
     const std::atomic_bool *cancel = nullptr; ///< when set, the drawing may end early with an error
 };
 
@@ -59,8 +63,9 @@ public:
 
     /// Releases what the imaging library holds and starts it again; false when it failed.
     virtual bool restart() = 0;
-    /// Reads the header only.
-    [[nodiscard]] virtual Expected<SourceFacts, Error> inspect(const QString &path) = 0;
+    /// Reads the header only; the size as shown when `upright` (a photo
+    /// stored on its side turned as its EXIF data says), else as stored.
+    [[nodiscard]] virtual Expected<SourceFacts, Error> inspect(const QString &path, bool upright) = 0;
     /// Peak memory of a drawing, estimated from the header, for admitting it.
     virtual qint64 drawMemory(const SourceFacts &facts, const DrawJob &job) = 0;
     /// Draws, encodes and writes into `output`; complete only on success.

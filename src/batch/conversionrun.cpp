@@ -358,7 +358,7 @@ void ConversionRun::Private::dispatch(int index)
 FileOutcome ConversionRun::Private::convert(const FileTask &task, const std::atomic_bool &cancel) const
 {
     FileOutcome outcome;
-    const auto inspected = m_imaging.inspect(task.source);
+    const auto inspected = m_imaging.inspect(task.source, task.drawing.upright);
     // An unreadable or missing file measures 0 x 0; the size rules decide.
     const SourceFacts facts = inspected ? *inspected : SourceFacts();
 

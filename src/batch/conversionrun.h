@@ -21,10 +21,10 @@ struct RunParameters
     QString targetDirectory;       ///< with or without a trailing separator
     int changeStyle = 0;           ///< 0..4, see sizerules
     bool keepDate = false;         ///< target gets the source's modification time
-    bool copyExif = false;         ///< EXIF block of a JPEG source is carried over
+    bool copyExif = false;         ///< EXIF data of a JPEG source is carried over
     QString searchText;            ///< replaced in the target file name, ignoring case
     QString replaceText;
-    QString formatCode = QStringLiteral("J"); ///< "J" JPEG, "P" PNG
+    QString formatCode = QStringLiteral("J"); ///< "J" JPEG, "P" PNG, "W" WebP, "A" AVIF
     bool keepDirectoryStructure = false;
 };
 

@@ -27,10 +27,19 @@ imaging::OutputFormat outputFormat(ImageFormat format)
     switch (format) {
     case ImageFormat::Png:
         return imaging::OutputFormat::Png;
+    case ImageFormat::WebP:
+        return imaging::OutputFormat::WebP;
+    case ImageFormat::Avif:
+        return imaging::OutputFormat::Avif;
     case ImageFormat::Jpeg:
         break;
     }
     return imaging::OutputFormat::Jpeg;
+}
+
+imaging::Orientation orientation(bool upright)
+{
+    return upright ? imaging::Orientation::Upright : imaging::Orientation::Stored;
 }
 
 } // namespace
@@ -46,9 +55,9 @@ bool LibraryImaging::restart()
     return imaging::restart();
 }
 
-Expected<SourceFacts, Error> LibraryImaging::inspect(const QString &path)
+Expected<SourceFacts, Error> LibraryImaging::inspect(const QString &path, bool upright)
 {
-    return imaging::inspect(path);
+    return imaging::inspect(path, orientation(upright));
 }
 
 qint64 LibraryImaging::drawMemory(const SourceFacts &facts, const DrawJob &job)
@@ -66,6 +75,7 @@ Expected<void, Error> LibraryImaging::drawInto(const DrawJob &job, files::Pendin
     request.format = outputFormat(job.format);
     request.quality = job.settings.quality;
     request.carryExif = job.carryExif;
+    request.orientation = orientation(job.settings.upright);
     request.cancel = job.cancel;
     return imaging::drawInto(request, output);
 }

@@ -9,7 +9,7 @@ class LibraryImaging : public ConversionImaging
 {
 public:
     bool restart() override;
-    Expected<SourceFacts, Error> inspect(const QString &path) override;
+    Expected<SourceFacts, Error> inspect(const QString &path, bool upright) override;
     qint64 drawMemory(const SourceFacts &facts, const DrawJob &job) override;
     Expected<void, Error> drawInto(const DrawJob &job, files::PendingFile &output) override;
     Expected<void, Error> copyInto(const QString &source, files::PendingFile &output) override;

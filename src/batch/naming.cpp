@@ -1,5 +1,6 @@
 #include "batch/naming.h"
 
+#include "batch/conversionimaging.h"
 #include "core/fileservices.h"
 
 #include <algorithm>
@@ -68,12 +69,8 @@ QString commonBaseDirectory(const QStringList &sourcePaths)
 
 QString targetExtension(const QString &formatCode)
 {
-    const QString code = formatCode.toUpper();
-    if (code == u"J")
-        return QStringLiteral(".jpg");
-    if (code == u"P")
-        return QStringLiteral(".png");
-    return {};
+    const std::optional<ImageFormat> format = formatForCode(formatCode);
+    return format ? formatExtension(*format) : QString();
 }
 
 QString composeTargetPath(const QString &targetDirectory, const QString &commonBase,

@@ -23,8 +23,8 @@ namespace valtrona {
 /// empty list or when two sources share nothing.
 QString commonBaseDirectory(const QStringList &sourcePaths);
 
-/// The extension for a format code ("J" gives ".jpg", "P" ".png", ignoring
-/// case); empty for any other code.
+/// The extension for a format code ("J" gives ".jpg", "P" ".png", "W"
+/// ".webp", "A" ".avif", ignoring case); empty for any other code.
 QString targetExtension(const QString &formatCode);
 
 /// The target path without touching the disk: the source path with the

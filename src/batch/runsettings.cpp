@@ -41,6 +41,7 @@ DrawingSettings readDrawingSettings(const QString &settingsFile)
     settings.smoothing = read.smoothing;
     settings.pixelOffset = read.pixelOffset;
     settings.compositing = read.compositing;
+    settings.upright = read.upright;
     return settings;
 }
 
@@ -53,6 +54,7 @@ DrawingSettings readSeededDrawingSettings(const QString &settingsFile)
     settings.smoothing = seededInt(settingsFile, jpg, ini::keySmoothing);
     settings.pixelOffset = seededInt(settingsFile, jpg, ini::keyPixelOffset);
     settings.compositing = seededInt(settingsFile, jpg, ini::keyCompositing);
+    settings.upright = readImagingSettings(settingsFile).upright; // never seeded
     return settings;
 }
 

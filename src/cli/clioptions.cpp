@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -95,16 +96,19 @@ const std::array<OptionSpec, 18> optionTable = {{
          o.heightUnit = *unit;
          return {};
      }},
-    {u"format", u"jpg|png", u"Zieldateiformat (Vorgabe: jpg)",
+    {u"format", u"jpg|png|webp|avif", u"Zieldateiformat (Vorgabe: jpg)",
      [](CliOptions &o, const QString &v) -> QString {
+         static constexpr std::array<std::pair<QStringView, QStringView>, 5> formats {{
+             {u"jpg", u"J"}, {u"jpeg", u"J"}, {u"png", u"P"}, {u"webp", u"W"}, {u"avif", u"A"},
+         }};
          const QString format = v.trimmed().toLower();
-         if (format == u"jpg"_s || format == u"jpeg"_s)
-             o.formatCode = u"J"_s;
-         else if (format == u"png"_s)
-             o.formatCode = u"P"_s;
-         else
-             return refuse(v, u"jpg, png"_s);
-         return {};
+         for (const auto &[name, code] : formats) {
+             if (format == name) {
+                 o.formatCode = code.toString();
+                 return {};
+             }
+         }
+         return refuse(v, u"jpg, png, webp, avif"_s);
      }},
     {u"out", u"DIR", u"Zielverzeichnis (Vorgabe: Last/Path)",
      [](CliOptions &o, const QString &v) -> QString { o.outDir = v; return {}; }},

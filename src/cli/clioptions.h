@@ -37,7 +37,7 @@ struct CliOptions
     std::optional<QString> height;     ///< --height TEXT
     std::optional<int> widthUnit;      ///< --width-unit px|% (0 or 1)
     std::optional<int> heightUnit;     ///< --height-unit px|%
-    std::optional<QString> formatCode; ///< --format jpg|png ("J" or "P")
+    std::optional<QString> formatCode; ///< --format jpg|png|webp|avif ("J", "P", "W" or "A")
     std::optional<QString> outDir;     ///< --out DIR
     std::optional<QString> search;     ///< --search TEXT
     std::optional<QString> replace;    ///< --replace TEXT

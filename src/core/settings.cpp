@@ -215,6 +215,7 @@ ImagingSettings readImagingSettings(const QString &file)
     settings.smoothing = readIniInt(file, jpg, ini::keySmoothing, 0);
     settings.pixelOffset = readIniInt(file, jpg, ini::keyPixelOffset, 0);
     settings.compositing = readIniInt(file, jpg, ini::keyCompositing, 0);
+    settings.upright = readIniString(file, jpg, ini::keyOrientation).trimmed() != u"0"_s;
     return settings;
 }
 

@@ -38,6 +38,7 @@ inline constexpr QLatin1String keyInterpolation("INT");
 inline constexpr QLatin1String keySmoothing("SMT");
 inline constexpr QLatin1String keyPixelOffset("PXL");
 inline constexpr QLatin1String keyCompositing("CMP");
+inline constexpr QLatin1String keyOrientation("ORI"); // not seeded
 
 /// Preset sections are "FMT_" + a preset key ("43", "32", "54", "169").
 inline constexpr QLatin1String presetSectionPrefix("FMT_");
@@ -103,8 +104,8 @@ void seedDefaultSettings(const QString &file);
 /// seedDefaultSettings(settingsPath()).
 void seedDefaultSettings();
 
-/// The five imaging parameters of the JPG section, each read with
-/// readIniInt and default 0, unchecked.
+/// The imaging parameters of the JPG section: five numbers, each read with
+/// readIniInt and default 0, unchecked, and the orientation.
 struct ImagingSettings
 {
     int quality = 0;       ///< PRZ, JPEG quality in percent
@@ -112,6 +113,9 @@ struct ImagingSettings
     int smoothing = 0;     ///< SMT
     int pixelOffset = 0;   ///< PXL
     int compositing = 0;   ///< CMP
+    /// ORI: photos are turned upright as their EXIF data says, unless the
+    /// key reads "0" (then they are taken as stored). Missing means upright.
+    bool upright = true;
 };
 
 /// Reads the JPG section anew (called once per image).

@@ -6,9 +6,11 @@
 #include "core/targetfolder.h"
 
 #include <QFile>
+#include <QSize>
 
 #include <algorithm>
 #include <cerrno>
+#include <limits>
 #include <memory>
 #include <optional>
 
@@ -38,6 +40,10 @@ constexpr VipsFailOn kFailOn = VIPS_FAIL_ON_ERROR;
 
 // libjpeg's largest frame side.
 constexpr int kMaxJpegSide = 65500;
+
+// "Exif" and two zero bytes, in front of the TIFF structure in a JPEG's
+// EXIF segment.
+constexpr qsizetype kExifIdentifierLength = 6;
 
 bool isRequested(const std::atomic_bool *flag)
 {
@@ -320,12 +326,18 @@ qint64 wholeImageBytes(const vips::VImage &image, const Loader &loader, qint64 f
 // come. A JPEG gets the plain JFIF segment after its start marker (the
 // encoder writes none once metadata is stripped) and, when asked, the
 // source's EXIF header block in place of that start marker; the first bytes
-// are held back until that can be decided.
+// are held back until that can be decided. A WebP file is held back whole
+// (its encoder hands it over in one piece at the end anyway) to set its
+// metadata: none, or the EXIF chunk asked for.
 class OutputWriter
 {
 public:
-    OutputWriter(files::PendingFile &file, bool jpeg, QByteArray exifHeader, const std::atomic_bool *cancel)
-        : m_file(file), m_jpeg(jpeg), m_exifHeader(std::move(exifHeader)), m_cancel(cancel)
+    enum class Kind { Plain, Jpeg, Webp };
+
+    /// `exif` is the header block for a JPEG, the TIFF structure for a WebP
+    /// file; width and height are the picture's.
+    OutputWriter(files::PendingFile &file, Kind kind, QByteArray exif, QSize size, const std::atomic_bool *cancel)
+        : m_file(file), m_kind(kind), m_exif(std::move(exif)), m_size(size), m_cancel(cancel)
     {
     }
 
@@ -347,7 +359,7 @@ public:
             return unexpected(*m_error);
         // The EXIF block goes only in front of a whole JPEG, one that ends
         // with its end marker.
-        if (m_exifCarried && !(m_tail[0] == char(0xFF) && m_tail[1] == char(0xD9)))
+        if (m_exifCarried && m_kind == Kind::Jpeg && !(m_tail[0] == char(0xFF) && m_tail[1] == char(0xD9)))
             return unexpected(Error {ErrorCode::Internal, u"encoder output does not end with an end marker"_s});
         return {};
     }
@@ -380,9 +392,15 @@ private:
         }
         if (m_released)
             return put(bytes);
-        if (!m_jpeg) {
+        switch (m_kind) {
+        case Kind::Plain:
             m_released = true;
             return put(bytes);
+        case Kind::Webp:
+            m_head.append(bytes);
+            return true;
+        case Kind::Jpeg:
+            break;
         }
         const qsizetype taken = std::min(bytes.size(), kHeadLength - m_head.size());
         m_head.append(bytes.first(taken));
@@ -391,20 +409,29 @@ private:
         return release() && put(bytes.sliced(taken));
     }
 
-    // Writes the held-back start of the file: the JFIF segment put in as
-    // every saved JPEG gets it, and the EXIF block in place of the start
-    // marker where writeExif() would put it (a JFIF or plain JPEG target).
+    // Writes what was held back: for a JPEG the start of the file, with the
+    // JFIF segment put in as every saved JPEG gets it, and the EXIF block in
+    // place of the start marker where writeExif() would put it (a JFIF or
+    // plain JPEG target); for a WebP file the whole of it with its EXIF chunk.
     bool release()
     {
         m_released = true;
         QByteArray start = m_head;
-        if (m_jpeg && start.size() >= 4 && start.startsWith("\xff\xd8")
+        if (m_kind == Kind::Webp) {
+            start = detail::webpWithExifOnly(m_head, m_exif, m_size.width(), m_size.height());
+            if (start.isEmpty()) {
+                m_error = Error {ErrorCode::Internal, u"the WebP encoder wrote no WebP file"_s};
+                return false;
+            }
+            return put(start);
+        }
+        if (m_kind == Kind::Jpeg && start.size() >= 4 && start.startsWith("\xff\xd8")
             && static_cast<unsigned char>(start.at(3)) != 0xE0)
             start = start.left(2) + detail::jfifSegment() + start.mid(2);
-        if (!m_exifHeader.isEmpty()) {
+        if (m_kind == Kind::Jpeg && !m_exif.isEmpty()) {
             const int kind = parseJpegHeader(start, false).kind;
             if (kind == 1 || kind == 3) {
-                start = m_exifHeader + start.mid(2);
+                start = m_exif + start.mid(2);
                 m_exifCarried = true;
             }
         }
@@ -430,12 +457,13 @@ private:
     }
 
     files::PendingFile &m_file;
-    const bool m_jpeg;
-    const QByteArray m_exifHeader;
+    const Kind m_kind;
+    const QByteArray m_exif;
+    const QSize m_size;
     const std::atomic_bool *m_cancel;
     QByteArray m_head;
     bool m_released = false;
-    bool m_exifCarried = false;
+    bool m_exifCarried = false; ///< in front of a JPEG
     bool m_cancelled = false;
     char m_tail[2] = {0, 0};
     std::optional<Error> m_error;
@@ -454,40 +482,161 @@ void stopOnCancel(const vips::VImage &image, const std::atomic_bool *cancel)
     g_signal_connect(image.get_image(), "eval", G_CALLBACK(+onEval), const_cast<std::atomic_bool *>(cancel));
 }
 
-// The source drawn at the request's size, as a lazy pipeline ready for the
-// encoder.
-Expected<vips::VImage, Error> drawingPipeline(SourceFile &file, const DrawRequest &request)
+// The source drawn at the request's size as it is stored (width and height
+// swapped when it is turned a quarter), as a lazy pipeline, and the turn
+// that makes it the requested picture.
+struct Drawing
+{
+    vips::VImage image;
+    int turn = 1; ///< EXIF orientation still to apply
+};
+
+Expected<Drawing, Error> drawingPipeline(SourceFile &file, const DrawRequest &request)
 {
     auto loader = findLoader(file);
     if (!loader)
         return unexpected(loader.error());
     auto image = openImage(file, *loader, kFailOn);
     if (!image)
-        return image;
+        return unexpected(image.error());
+    Drawing drawing;
+    drawing.turn = detail::appliedOrientation(*image, request.orientation);
+    const bool swapped = detail::swapsSides(drawing.turn);
+    const int width = swapped ? request.height : request.width;
+    const int height = swapped ? request.width : request.height;
     if (loader->isJpeg()) {
         // Reopened, failing on warnings and shrinking while decoding as far
         // as the target allows.
         int shrink = 1;
         if (detail::shrinksOnLoad(request.modes)) {
-            shrink = detail::jpegShrinkFor(std::min(double(image->width()) / request.width,
-                                                    double(image->height()) / request.height));
+            shrink = detail::jpegShrinkFor(std::min(double(image->width()) / width,
+                                                    double(image->height()) / height));
         }
         image = openImage(file, *loader, kJpegFailOn, shrink);
         if (!image)
-            return image;
+            return unexpected(image.error());
     }
     try {
-        return detail::encoderInput(detail::resample(detail::toSrgb8(*image), request.width, request.height,
-                                                     request.modes),
-                                    request.format == OutputFormat::Jpeg);
+        drawing.image = detail::resample(detail::toSrgb8(*image), width, height, request.modes);
+        return drawing;
     } catch (const vips::VError &error) {
         return unexpected(Error {ErrorCode::Internal, libraryMessage(error)});
     }
 }
 
+// ---- The encoders -------------------------------------------------------------
+
+// Encoder efforts, chosen for batch speed (bench/formats.sh measures the
+// whole conversion). Encoding alone takes JPEG about 10 ms of CPU per
+// megapixel. WebP's effort 2 takes some 35 ms; the library's default 4
+// doubles that for 0.3 dB at the same file size. AVIF's effort 0 takes some
+// 45 ms; effort 2 takes four times as long for 0.2 dB, the default 4 forty
+// times as long.
+constexpr int kWebpEffort = 2;
+constexpr int kAvifEffort = 0;
+
+struct Encoder
+{
+    OutputFormat format;
+    const char *suffix;
+    int maxSide;       ///< the largest width or height the format holds
+    bool wholePicture; ///< takes the whole picture at once instead of rows as they come
+};
+
+constexpr Encoder kEncoders[] = {
+    {OutputFormat::Jpeg, ".jpg", kMaxJpegSide, false},
+    {OutputFormat::Png, ".png", std::numeric_limits<int>::max(), false},
+    {OutputFormat::WebP, ".webp", 16383, true},
+    // Larger AVIF files are written, but refused by their own readers.
+    {OutputFormat::Avif, ".avif", 16384, true},
+};
+
+// AVIF is written by one of the library's format modules, which needs an
+// AV1 encoder in its HEIF library; a tiny picture tells whether there is one.
+bool avifEncoderPresent()
+{
+    static const bool present = [] {
+        detail::loadFormatModules();
+        try {
+            const vips::VImage probe = vips::VImage::black(16, 16, vips::VImage::option()->set("bands", 3))
+                                           .cast(VIPS_FORMAT_UCHAR);
+            VipsBlob *blob = probe.heifsave_buffer(vips::VImage::option()
+                                                       ->set("compression", VIPS_FOREIGN_HEIF_COMPRESSION_AV1)
+                                                       ->set("effort", kAvifEffort)
+                                                       ->set("strip", true));
+            const bool written = blob != nullptr && VIPS_AREA(blob)->length > 0;
+            vips_area_unref(VIPS_AREA(blob));
+            return written;
+        } catch (const vips::VError &) {
+            vips_error_clear();
+            return false;
+        }
+    }();
+    return present;
+}
+
+const Encoder *findEncoder(OutputFormat format)
+{
+    for (const Encoder &encoder : kEncoders) {
+        if (encoder.format != format)
+            continue;
+        const bool present = format == OutputFormat::Avif
+                                 ? avifEncoderPresent()
+                                 : vips_foreign_find_save_target(encoder.suffix) != nullptr;
+        vips_error_clear();
+        return present ? &encoder : nullptr;
+    }
+    return nullptr;
+}
+
+// The image with the source's EXIF data alone for an AVIF encoder, which
+// rebuilds that data from the image's own fields (parsed from the source
+// when it was opened), its dimensions and its orientation, so those must
+// agree with the data.
+vips::VImage withExifOnly(const vips::VImage &image, const QByteArray &exif, std::optional<int> orientation)
+{
+    vips::VImage copy = image.copy();
+    for (const char *name : {VIPS_META_EXIF_NAME, VIPS_META_XMP_NAME, VIPS_META_IPTC_NAME, VIPS_META_ICC_NAME,
+                             VIPS_META_PHOTOSHOP_NAME})
+        copy.remove(name);
+    vips_image_set_blob_copy(copy.get_image(), VIPS_META_EXIF_NAME, exif.constData(), size_t(exif.size()));
+    if (orientation)
+        copy.set(VIPS_META_ORIENTATION, *orientation);
+    return copy;
+}
+
+// Encodes into target. avifExif, when not empty, is the EXIF payload for an
+// AVIF output. Throws vips::VError.
+void encode(const vips::VImage &image, const Encoder &encoder, const DrawRequest &request,
+            const QByteArray &avifExif, vips::VTarget target)
+{
+    const bool lossy = encoder.format != OutputFormat::Png;
+    switch (encoder.format) {
+    case OutputFormat::Jpeg:
+    case OutputFormat::Png:
+        image.write_to_target(encoder.suffix, target, detail::encoderOptions(lossy, request.quality));
+        return;
+    case OutputFormat::WebP:
+        // This version of the library's WebP encoder writes metadata even
+        // when told to strip it; the writer takes it out again.
+        image.webpsave_target(target, detail::encoderOptions(lossy, request.quality)->set("effort", kWebpEffort));
+        return;
+    case OutputFormat::Avif:
+        break;
+    }
+    const bool carry = !avifExif.isEmpty();
+    const std::optional<int> orientation =
+        request.orientation == Orientation::Upright ? std::optional<int>(1) : std::nullopt;
+    (carry ? withExifOnly(image, avifExif, orientation) : image)
+        .heifsave_target(target, detail::encoderOptions(lossy, request.quality, !carry)
+                                     ->set("compression", VIPS_FOREIGN_HEIF_COMPRESSION_AV1)
+                                     ->set("effort", kAvifEffort)
+                                     ->set("bitdepth", 8));
+}
+
 } // namespace
 
-Expected<SourceInfo, Error> inspect(const QString &path)
+Expected<SourceInfo, Error> inspect(const QString &path, Orientation orientation)
 {
     if (!isStarted())
         return unexpected(Error {ErrorCode::Internal, u"the imaging layer is not started"_s});
@@ -501,8 +650,10 @@ Expected<SourceInfo, Error> inspect(const QString &path)
     if (!image)
         return unexpected(image.error());
     SourceInfo info;
-    info.width = image->width();
-    info.height = image->height();
+    info.orientation = detail::appliedOrientation(*image, orientation);
+    const bool swapped = detail::swapsSides(info.orientation);
+    info.width = swapped ? image->height() : image->width();
+    info.height = swapped ? image->width() : image->height();
     info.bands = image->bands();
     info.sampleBytes = int(vips_format_sizeof(image->format()));
     info.hasAlpha = image->has_alpha();
@@ -513,10 +664,12 @@ Expected<SourceInfo, Error> inspect(const QString &path)
 
 qint64 drawMemory(const SourceInfo &info, int width, int height, const DrawModes &modes, OutputFormat format)
 {
-    const qint64 sourceWidth = std::max(info.width, 1);
-    const qint64 sourceHeight = std::max(info.height, 1);
-    const qint64 targetWidth = std::max(width, 1);
-    const qint64 targetHeight = std::max(height, 1);
+    // Decoding and resampling work on the picture as it is stored.
+    const bool swapped = detail::swapsSides(info.orientation);
+    const qint64 sourceWidth = std::max(swapped ? info.height : info.width, 1);
+    const qint64 sourceHeight = std::max(swapped ? info.width : info.height, 1);
+    const qint64 targetWidth = std::max(swapped ? height : width, 1);
+    const qint64 targetHeight = std::max(swapped ? width : height, 1);
     int shrink = 1;
     if (info.shrinksWhileDecoding && detail::shrinksOnLoad(modes))
         shrink = detail::jpegShrinkFor(std::min(double(sourceWidth) / targetWidth,
@@ -540,17 +693,26 @@ qint64 drawMemory(const SourceInfo &info, int width, int height, const DrawModes
     const bool floating = info.hasAlpha || modes.compositingQuality == 3;
     const qint64 workPixelBytes = floating ? 4 * (info.hasAlpha ? 4 : 3) : 3;
     // JPEG and PNG encoders take rows as they come (the write-behind
-    // buffers hold a few strips); WebP and AVIF encoders take the whole
-    // picture and work on a copy of it.
+    // buffers hold a few strips). A picture to be turned is held whole at
+    // the target size first, and so is one for WebP or AVIF, whose encoders
+    // then take it whole: each keeps its own copy, the picture converted to
+    // YUV, its analysis and the encoded file. The probe measures some 8
+    // bytes a pixel for WebP and 18 to 24 for AVIF, this copy included.
     constexpr qint64 kOutputLines = 128;
-    const bool wholeOutput = format == OutputFormat::WebP || format == OutputFormat::Avif;
-    const qint64 outputBytes = targetWidth * (wholeOutput ? targetHeight * 2 : kOutputLines) * 4;
+    constexpr qint64 kWebpBytesPerPixel = 16;
+    constexpr qint64 kAvifBytesPerPixel = 40;
+    const qint64 targetPixels = targetWidth * targetHeight;
+    const qint64 encoderBytes = format == OutputFormat::WebP   ? targetPixels * kWebpBytesPerPixel
+                                : format == OutputFormat::Avif ? targetPixels * kAvifBytesPerPixel
+                                                               : targetWidth * kOutputLines * 4;
+    const bool heldWhole = info.orientation != 1 || format == OutputFormat::WebP || format == OutputFormat::Avif;
+    const qint64 heldBytes = heldWhole ? targetPixels * (info.hasAlpha ? 4 : 3) : 0;
     // The decoder's and encoder's state, colour transforms, thread stacks
     // and the code a drawing touches for the first time.
     constexpr qint64 kFixedBytes = 16 * 1024 * 1024;
 
     return info.decodeBytes + kFixedBytes + decodedWidth * kDecodedLines * info.bands * info.sampleBytes
-           + workWidth * threads * kWorkLinesPerThread * workPixelBytes + outputBytes;
+           + workWidth * threads * kWorkLinesPerThread * workPixelBytes + heldBytes + encoderBytes;
 }
 
 Expected<void, Error> drawInto(const DrawRequest &request, files::PendingFile &output)
@@ -559,14 +721,12 @@ Expected<void, Error> drawInto(const DrawRequest &request, files::PendingFile &o
         return unexpected(cancelledError());
     if (!isStarted())
         return unexpected(Error {ErrorCode::Internal, u"the imaging layer is not started"_s});
-    const bool jpeg = request.format == OutputFormat::Jpeg;
-    const char *suffix = jpeg ? ".jpg" : ".png";
-    if ((!jpeg && request.format != OutputFormat::Png) || vips_foreign_find_save_target(suffix) == nullptr) {
-        vips_error_clear();
+    const Encoder *encoder = findEncoder(request.format);
+    if (encoder == nullptr)
         return unexpected(Error {ErrorCode::NoEncoder, {}});
-    }
-    if (request.width < 1 || request.height < 1
-        || (jpeg && (request.width > kMaxJpegSide || request.height > kMaxJpegSide)))
+    const bool jpeg = encoder->format == OutputFormat::Jpeg;
+    if (request.width < 1 || request.height < 1 || request.width > encoder->maxSide
+        || request.height > encoder->maxSide)
         return unexpected(Error {ErrorCode::SizeUnusable,
                                  u"%1 x %2"_s.arg(request.width).arg(request.height)});
     if (!output.isOpen())
@@ -576,34 +736,53 @@ Expected<void, Error> drawInto(const DrawRequest &request, files::PendingFile &o
     if (auto opened = file.open(request.source); !opened)
         return opened;
     // Taken before the pixels: the source's header block as it would be put
-    // in front of the output.
-    QByteArray exifHeader;
-    if (request.carryExif && jpeg) {
-        if (const std::optional<QByteArray> block = detail::readExifBlock(file.descriptor()))
-            exifHeader = detail::portableHeaderBlock(*block);
+    // in front of a JPEG output, or its EXIF data for a WebP or AVIF one,
+    // describing the output.
+    QByteArray exif;
+    if (request.carryExif && encoder->format != OutputFormat::Png) {
+        if (std::optional<QByteArray> block = detail::readExifBlock(file.descriptor())) {
+            const std::optional<int> orientation =
+                request.orientation == Orientation::Upright ? std::optional<int>(1) : std::nullopt;
+            describeOutput(*block, orientation, request.width, request.height);
+            exif = jpeg ? detail::portableHeaderBlock(*block) : detail::exifPayload(*block);
+        }
     }
-
-    OutputWriter writer(output, jpeg, exifHeader, request.cancel);
+    // WebP takes the TIFF structure alone, AVIF the whole payload.
+    const bool webp = encoder->format == OutputFormat::WebP;
+    const OutputWriter::Kind kind = jpeg   ? OutputWriter::Kind::Jpeg
+                                    : webp ? OutputWriter::Kind::Webp
+                                           : OutputWriter::Kind::Plain;
+    OutputWriter writer(output, kind, webp ? exif.mid(kExifIdentifierLength) : exif,
+                        QSize(request.width, request.height), request.cancel);
     quint64 warningsBeforeClose = 0;
     {
-        auto pipeline = drawingPipeline(file, request);
-        if (!pipeline)
-            return unexpected(pipeline.error());
-        stopOnCancel(*pipeline, request.cancel);
+        auto drawing = drawingPipeline(file, request);
+        if (!drawing)
+            return unexpected(drawing.error());
+        stopOnCancel(drawing->image, request.cancel);
+        // A picture to be turned, or for an encoder that takes it whole, is
+        // decoded into memory first; otherwise the pixels stream from the
+        // decoder into the encoder. Either way a failure while decoding
+        // means damaged data, after it a failing encoder.
+        const bool decodedFirst = drawing->turn != 1 || encoder->wholePicture;
+        bool decoded = false;
         try {
-            pipeline->write_to_target(suffix, writer.newTarget(),
-                                      detail::encoderOptions(jpeg, request.quality));
+            vips::VImage image = drawing->turn != 1 ? detail::turnUpright(drawing->image, drawing->turn)
+                                 : decodedFirst     ? drawing->image.copy_memory()
+                                                    : drawing->image;
+            decoded = decodedFirst;
+            encode(detail::encoderInput(image, jpeg), *encoder, request,
+                   encoder->format == OutputFormat::Avif ? exif : QByteArray(), writer.newTarget());
         } catch (const vips::VError &error) {
             const QString message = libraryMessage(error);
             if (writer.cancelled() || file.cancelRequested())
                 return unexpected(cancelledError());
             if (writer.error())
                 return unexpected(*writer.error());
-            if (file.readErrno() != 0)
+            if (!decoded && file.readErrno() != 0)
                 return unexpected(file.readError());
-            // The encoders here fail only on their output, which is
-            // accounted for above: the pixels could not be decoded.
-            return unexpected(Error {ErrorCode::Damaged, message});
+            // The output's own failures are accounted for above.
+            return unexpected(Error {decoded ? ErrorCode::Internal : ErrorCode::Damaged, message});
         }
         warningsBeforeClose = detail::libraryWarningCount();
         // The pipeline closes here, on this thread.

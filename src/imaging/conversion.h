@@ -11,6 +11,7 @@
 
 #include "core/error.h"
 #include "core/expected.h"
+#include "imaging/imaging.h"
 #include "imaging/picture.h"
 
 #include <QString>
@@ -27,8 +28,12 @@ namespace valtrona::imaging {
 /// What a conversion needs to know about a source before drawing it.
 struct SourceInfo
 {
-    int width = 0;  ///< pixels
-    int height = 0; ///< pixels
+    int width = 0;  ///< pixels, as the drawing shows it (turned when inspected Upright)
+    int height = 0; ///< pixels, as the drawing shows it
+    /// The EXIF orientation (1 to 8) a drawing turns the stored pixels by:
+    /// the one the file records when inspected Upright, 1 when Stored.
+    /// 5 to 8 swap the sides: the stored picture is height x width.
+    int orientation = 1;
     /// Memory the decoder needs for this file beyond streaming, estimated
     /// from the header: whole-image decoders (interlaced PNG, progressive
     /// JPEG, GIF, WebP, TIFF, HEIF/AVIF and the formats of the library's
@@ -42,33 +47,47 @@ struct SourceInfo
     bool shrinksWhileDecoding = false;
 };
 
-/// Formats a conversion can write. WebP and AVIF give NoEncoder for now.
+/// Formats a conversion can write. AVIF gives NoEncoder where the image
+/// library has no AV1 encoder.
 enum class OutputFormat { Jpeg, Png, WebP, Avif };
 
-/// Reads the header only (pixels are never decoded). Errors: SourceMissing,
+/// Reads the header only (pixels are never decoded); the size is given as
+/// a drawing in `orientation` shows the picture. Errors: SourceMissing,
 /// SourceUnreadable, UnknownFormat, Damaged (the header is broken).
-[[nodiscard]] Expected<SourceInfo, Error> inspect(const QString &path);
+[[nodiscard]] Expected<SourceInfo, Error> inspect(const QString &path,
+                                                  Orientation orientation = Orientation::Upright);
 
 /// Peak memory of drawing `info` at width x height with `modes` into
 /// `format`: decodeBytes plus the streaming buffers of decoder, resampler
-/// and encoder (the output goes straight to its file and holds nothing).
-/// An estimate for admitting work, on the safe side; it grows with the
-/// library's thread count (concurrency()).
+/// and encoder (the output goes straight to its file and holds nothing),
+/// plus the whole picture at the target size where it is turned upright or
+/// its encoder takes it whole (WebP, AVIF). width and height are as shown,
+/// like info's. An estimate for admitting work, on the safe side; it grows
+/// with the library's thread count (concurrency()).
 qint64 drawMemory(const SourceInfo &info, int width, int height, const DrawModes &modes, OutputFormat format);
 
 /// One drawing: a source scaled to an exact size and encoded.
 struct DrawRequest
 {
     QString source;
-    int width = 0;  ///< exact target width; the aspect may change
-    int height = 0; ///< exact target height
+    int width = 0;  ///< exact target width, as shown; the aspect may change
+    int height = 0; ///< exact target height, as shown
     DrawModes modes;
     OutputFormat format = OutputFormat::Jpeg;
-    int quality = 85; ///< JPEG quality, clamped to 0..100 (0 encodes as 1)
-    /// Puts the EXIF header block of an Exif JPEG source in front of a JPEG
-    /// output (colour-profile and Adobe segments left out); skipped without
-    /// a word when the source has no readable block or the output is PNG.
+    /// Quality of the lossy encoders (JPEG, WebP, AVIF), clamped to 0..100
+    /// (0 encodes as 1).
+    int quality = 85;
+    /// Carries the EXIF data of an Exif JPEG source over: in front of a JPEG
+    /// output as the source's header block (colour-profile and Adobe
+    /// segments left out), into the EXIF container of a WebP or AVIF output
+    /// (the EXIF data alone). Either way it describes the output: its pixel
+    /// dimensions, and orientation 1 once the picture is turned upright.
+    /// Skipped without a word when the source has no readable block or the
+    /// output is PNG. Without it, outputs carry no metadata at all.
     bool carryExif = false;
+    /// Upright turns the picture the way the source's EXIF orientation says
+    /// it is to be shown; Stored draws it as stored.
+    Orientation orientation = Orientation::Upright;
     /// When this turns true the drawing stops early with Internal "cancelled".
     const std::atomic_bool *cancel = nullptr;
 };

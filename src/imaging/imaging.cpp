@@ -30,6 +30,7 @@ std::atomic<bool> g_started {false};
 std::atomic<bool> g_quiet {false};
 std::atomic<int> g_concurrency {0};
 std::atomic<bool> g_modulesLoaded {false};
+std::atomic<Orientation> g_orientation {Orientation::Upright};
 QByteArray g_moduleDirectory; // written once, before any use of the library
 
 std::mutex g_reporterMutex;
@@ -411,6 +412,16 @@ int concurrency()
     return initialiseLibraryOnce() ? vips_concurrency_get() : int(std::thread::hardware_concurrency());
 }
 
+void setOrientation(Orientation orientation)
+{
+    g_orientation.store(orientation);
+}
+
+Orientation orientation()
+{
+    return g_orientation.load();
+}
+
 qint64 maxImagePixels()
 {
     return kMaxImagePixels;
@@ -432,8 +443,9 @@ bool measure(const QString &path, int &width, int &height)
         if (image.width() < 1 || image.height() < 1
             || qint64(image.width()) * image.height() > kMaxImagePixels)
             return detail::fail(ValueOverflow);
-        width = image.width();
-        height = image.height();
+        const bool swapped = detail::swapsSides(detail::appliedOrientation(image, orientation()));
+        width = swapped ? image.height() : image.width();
+        height = swapped ? image.width() : image.height();
         detail::setLast(Ok);
         return true;
     } catch (const vips::VError &) {

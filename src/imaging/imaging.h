@@ -92,7 +92,21 @@ QString lastErrorMessage();
 void setConcurrency(int threads);
 int concurrency();
 
-/// Measures an image from its header only (pixels are never decoded).
+/// Which way up pictures come out. A photo's EXIF data (or a TIFF's header)
+/// may record that its pixels are stored turned or mirrored, as a camera
+/// held on its side stores them; Upright turns them the way the record says
+/// they are to be shown, Stored takes them as they lie in the file.
+enum class Orientation { Upright, Stored };
+
+/// The orientation measure() and the previews (loadPreview(),
+/// loadPreviewFromData()) use; Upright until set. Process-wide: a front end
+/// sets it from its settings. Conversions take theirs with each request.
+void setOrientation(Orientation orientation);
+Orientation orientation();
+
+/// Measures an image from its header only (pixels are never decoded), in
+/// the orientation set with setOrientation(): a photo stored on its side
+/// measures as it is shown when Upright.
 /// A missing file gives false and 0 x 0 without any report; an unreadable,
 /// unknown, corrupt or implausibly large image (more than maxImagePixels())
 /// gives false and 0 x 0 with its status passed to checkStatus().

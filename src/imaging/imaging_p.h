@@ -2,6 +2,7 @@
 
 // Internals shared by the imaging sources; never included by public headers.
 
+#include "imaging/imaging.h"
 #include "imaging/picture.h"
 
 #include <QByteArray>
@@ -97,11 +98,29 @@ vips::VImage toSrgb8(vips::VImage image);
 /// Resamples an sRGB 8-bit image to exactly width x height with the modes.
 vips::VImage resample(vips::VImage image, int width, int height, const DrawModes &modes);
 
+/// The orientation an image's header records (1 to 8, as EXIF numbers
+/// them: 1 as stored, 6 stored turned a quarter to the left, ...); 1 when
+/// it records none.
+int recordedOrientation(const vips::VImage &image);
+
+/// The orientation a drawing in `orientation` turns an image by: its
+/// recorded one when Upright, 1 when Stored.
+int appliedOrientation(const vips::VImage &image, Orientation orientation);
+
+/// True when turning by an EXIF orientation swaps width and height (5 to 8).
+bool swapsSides(int exifOrientation);
+
+/// Turns an image the way an EXIF orientation says it is to be shown. The
+/// image is held in memory first unless the orientation is 1, since turning
+/// reads it out of order.
+vips::VImage turnUpright(const vips::VImage &image, int exifOrientation);
+
 /// What an encoder is given: 8-bit bands, JPEG transparency flattened onto white.
 vips::VImage encoderInput(vips::VImage image, bool jpeg);
 
-/// Options every save uses: no metadata, quality clamped (lossy encoders only).
-vips::VOption *encoderOptions(bool lossy, int quality);
+/// Options every save uses: no metadata (unless `strip` is false), quality
+/// clamped (lossy encoders only).
+vips::VOption *encoderOptions(bool lossy, int quality, bool strip = true);
 
 /// The plain JFIF segment (no resolution, square pixels) put after the start
 /// marker of every JPEG written.
@@ -117,6 +136,17 @@ std::optional<QByteArray> readExifBlock(int descriptor);
 /// encoding (ICC profile, Adobe transform); empty when it is not FF D8
 /// followed by whole APPn/COM segments.
 QByteArray portableHeaderBlock(const QByteArray &block);
+
+/// The payload of a header block's EXIF segment: "Exif", two zero bytes and
+/// the TIFF structure; empty when the block has none.
+QByteArray exifPayload(const QByteArray &block);
+
+/// A WebP file without the metadata chunks (EXIF, XMP, ICC profile) it was
+/// written with, and with an EXIF chunk that holds `tiff` (the TIFF
+/// structure of EXIF data) when that is not empty; a simple file then
+/// becomes an extended one with a canvas of width x height. Empty when
+/// `webp` is not a WebP file as the encoder writes them.
+QByteArray webpWithExifOnly(const QByteArray &webp, const QByteArray &tiff, int width, int height);
 
 } // namespace detail
 

@@ -6,6 +6,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <optional>
+
 namespace valtrona::imaging {
 
 /// What the first bytes of a JPEG file say about it.
@@ -33,6 +35,15 @@ JpegHeader parseJpegHeader(const QByteArray &bytes, bool endCheck);
 /// Reads the header block of an Exif JPEG (kind 2, end-checked): its bytes
 /// from the start marker up to headerEnd. False for any other file.
 bool readExif(const QString &path, QByteArray &block);
+
+/// Makes the EXIF data of a header block describe an output of width x
+/// height pixels, in place (lengths and offsets never change): the
+/// dimensions of the EXIF directory (PixelXDimension, PixelYDimension) and,
+/// when `orientation` is given, the orientation of the main picture, in the
+/// EXIF directory and in an XMP packet beside it. Both byte orders of EXIF
+/// data are read. Tags the block lacks stay lacking; a damaged structure is
+/// patched as far as it reads.
+void describeOutput(QByteArray &block, std::optional<int> orientation, int width, int height);
 
 /// Puts a header block in front of a JFIF or plain JPEG (kind 1 or 3,
 /// end-checked): the target becomes block + its own bytes after FF D8. The

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstring>
 #include <new>
+#include <optional>
 
 #include <vips/vips8>
 
@@ -208,6 +209,52 @@ vips::VImage resample(vips::VImage image, int width, int height, const DrawModes
     return toUchar(image);
 }
 
+int recordedOrientation(const vips::VImage &image)
+{
+    return vips_image_get_orientation(image.get_image());
+}
+
+int appliedOrientation(const vips::VImage &image, Orientation orientation)
+{
+    return orientation == Orientation::Upright ? recordedOrientation(image) : 1;
+}
+
+bool swapsSides(int exifOrientation)
+{
+    return exifOrientation >= 5 && exifOrientation <= 8;
+}
+
+vips::VImage turnUpright(const vips::VImage &image, int exifOrientation)
+{
+    if (exifOrientation < 2 || exifOrientation > 8)
+        return image;
+    // How the stored pixels become the shown ones: a quarter turn clockwise
+    // or anticlockwise (or a half turn), then perhaps a mirror image.
+    struct Turn
+    {
+        std::optional<VipsAngle> angle;
+        std::optional<VipsDirection> mirror;
+    };
+    static constexpr Turn kTurns[9] = {
+        {},
+        {},
+        {std::nullopt, VIPS_DIRECTION_HORIZONTAL},
+        {VIPS_ANGLE_D180, std::nullopt},
+        {std::nullopt, VIPS_DIRECTION_VERTICAL},
+        {VIPS_ANGLE_D90, VIPS_DIRECTION_HORIZONTAL},
+        {VIPS_ANGLE_D90, std::nullopt},
+        {VIPS_ANGLE_D270, VIPS_DIRECTION_HORIZONTAL},
+        {VIPS_ANGLE_D270, std::nullopt},
+    };
+    const Turn &turn = kTurns[exifOrientation];
+    vips::VImage turned = image.copy_memory();
+    if (turn.angle)
+        turned = turned.rot(*turn.angle);
+    if (turn.mirror)
+        turned = turned.flip(*turn.mirror);
+    return turned;
+}
+
 QByteArray jfifSegment()
 {
     return QByteArray::fromHex("ffe000104a46494600010100000100010000");
@@ -220,14 +267,14 @@ vips::VImage encoderInput(vips::VImage image, bool jpeg)
     return toUchar(image);
 }
 
-vips::VOption *encoderOptions(bool lossy, int quality)
+vips::VOption *encoderOptions(bool lossy, int quality, bool strip)
 {
     // libjpeg treats quality 0 as 1; the encoders here start at 1.
     const int q = std::max(1, std::clamp(quality, 0, 100));
     // JPEGs use the standard Huffman tables: optimised ones would save a
     // few percent of the file but make the encoder hold every coefficient
     // of the picture (about 2.4 MB at 1024 x 768) and take a second pass.
-    vips::VOption *options = vips::VImage::option()->set("strip", true);
+    vips::VOption *options = vips::VImage::option()->set("strip", strip);
     if (lossy)
         options->set("Q", q);
     return options;
@@ -273,8 +320,11 @@ template <typename Open>
 RgbaImage previewImage(Open open, int maxWidth, int maxHeight)
 {
     vips::VImage image = open(1);
-    const int sourceWidth = image.width();
-    const int sourceHeight = image.height();
+    const int turn = detail::appliedOrientation(image, orientation());
+    const bool swapped = detail::swapsSides(turn);
+    // The box holds the picture as it is shown.
+    const int sourceWidth = swapped ? image.height() : image.width();
+    const int sourceHeight = swapped ? image.width() : image.height();
     if (qint64(sourceWidth) * sourceHeight > maxImagePixels())
         return {};
     double scale = 1.0;
@@ -292,8 +342,9 @@ RgbaImage previewImage(Open open, int maxWidth, int maxHeight)
         if (shrink > 1)
             image = open(shrink);
     }
-    image = detail::resample(detail::toSrgb8(image), width, height, DrawModes {});
-    return toRgbaImage(image);
+    image = detail::resample(detail::toSrgb8(image), swapped ? height : width, swapped ? width : height,
+                             DrawModes {});
+    return toRgbaImage(detail::turnUpright(image, turn));
 }
 
 } // namespace

@@ -2,6 +2,9 @@
 
 // Decoded pictures: drawing an image file at a target size, saving the result
 // as JPEG or PNG, and loading pixels for on-screen previews.
+//
+// drawFile(), drawFileToFile() and pictureFromFile() take the pixels as they
+// are stored; the previews turn them as orientation() says.
 
 #include <QByteArray>
 #include <QString>
@@ -120,7 +123,8 @@ bool savePng(const Picture &picture, const QString &path);
 bool saveImage(const Picture &picture, const QString &path, const QString &mimeType, int quality);
 
 /// Loads pixels for showing an image in a box of at most maxWidth x
-/// maxHeight, keeping the aspect and never enlarging (JPEGs shrink while
+/// maxHeight, turned as orientation() says (the box holds the picture as it
+/// is shown), keeping the aspect and never enlarging (JPEGs shrink while
 /// decoding, so even 40-megapixel photos load quickly). A maxWidth or
 /// maxHeight of 0 or less means no limit on that side. Returns a null image
 /// on failure; reports nothing.

@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QProcess>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
@@ -628,14 +629,68 @@ TEST_F(MainWindowTest, PreviewFollowsTheClickedSourceAndClearsOnRemoval)
     EXPECT_FALSE(preview->hasPicture());
 }
 
-TEST_F(MainWindowTest, PngChoiceWritesPngFiles)
+TEST_F(MainWindowTest, EachFormatChoiceWritesItsFiles)
 {
+    const struct
+    {
+        int index; ///< of the option button in optDF
+        const char *caption;
+        const char *file;
+        qsizetype at; ///< where the file's signature stands
+        QByteArray signature;
+    } cases[] = {
+        {1, "PNG", "img01.png", 0, "\x89PNG"},
+        {2, "WebP", "img01.webp", 8, "WEBP"},
+        {3, "AVIF", "img01.avif", 4, "ftypavif"},
+    };
+    const QStringList sources = sourceImages(1);
+    for (const auto &c : cases) {
+        auto window = open();
+        prepareRun(*window, sources);
+        QRadioButton *option = window->findChildren<QRadioButton *>(QStringLiteral("optDF")).at(c.index);
+        EXPECT_EQ(option->text().remove(QLatin1Char('&')), QLatin1String(c.caption));
+        option->setChecked(true);
+        click(*window, "cmdW");
+        waitForRun(*window);
+        EXPECT_EQ(test::readAll(QDir(targetDir).filePath(QLatin1String(c.file))).mid(c.at, c.signature.size()),
+                  c.signature)
+            << c.file;
+    }
+}
+
+// A phone photo stored on its side lists as stored while the settings say
+// so at start, and as shown once the dialog has saved "1".
+TEST_F(MainWindowTest, TheOrientationSettingAppliesAtStartAndAfterTheDialog)
+{
+    const QString photo = writeJpeg(sandbox.filePath(QStringLiteral("src/phone.jpg")), 40, 30);
+    ASSERT_EQ(QProcess::execute(QStringLiteral("exiftool"),
+                                {QStringLiteral("-q"), QStringLiteral("-overwrite_original"), QStringLiteral("-n"),
+                                 QStringLiteral("-Orientation=6"), photo}),
+              0);
+    writeIniString(settingsFile, QStringLiteral("JPG"), QStringLiteral("ORI"), QStringLiteral("0"));
     auto window = open();
-    prepareRun(*window, sourceImages(1));
-    window->findChildren<QRadioButton *>(QStringLiteral("optDF")).at(1)->setChecked(true);
-    click(*window, "cmdW");
-    waitForRun(*window);
-    EXPECT_EQ(QImageReader(QDir(targetDir).filePath(QStringLiteral("img01.png"))).format(), QByteArray("png"));
+    auto listed = [&] {
+        dialogs->nextFiles = {photo};
+        click(*window, "cmdOpen");
+        const QString text = window->sourceList()->topLevelItem(0)->text(SourceList::DimensionColumn);
+        window->sourceList()->removeAll();
+        return text;
+    };
+    EXPECT_EQ(listed(), QStringLiteral("40 x 30"));
+
+    QTimer::singleShot(0, window.get(), [&] {
+        auto *dialog = qobject_cast<SettingsDialog *>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        QLineEdit *edit = dialog->line(10)->findChild<QLineEdit *>(QStringLiteral("txt"));
+        edit->setFocus();
+        edit->selectAll();
+        QTest::keyClick(edit, Qt::Key_1);
+        dialogs->answers = {true};
+        QTest::keyClick(dialog, Qt::Key_Escape);
+    });
+    click(*window, "cmdCFG");
+    EXPECT_EQ(readIniString(settingsFile, QStringLiteral("JPG"), QStringLiteral("ORI")), QStringLiteral("1"));
+    EXPECT_EQ(listed(), QStringLiteral("30 x 40"));
 }
 
 TEST_F(MainWindowTest, BackDuringARunLeavesItRunning)

@@ -66,6 +66,9 @@ TEST_F(SettingsDialogTest, FillsFromTheFileWithoutCountingAsAChange)
     EXPECT_EQ(dialog->line(9)->text(), QStringLiteral("2"));
     EXPECT_EQ(dialog->line(5)->tag(), QStringLiteral("PRZ"));
     EXPECT_EQ(dialog->line(4), nullptr);
+    EXPECT_EQ(dialog->line(10)->tag(), QStringLiteral("ORI"));
+    EXPECT_EQ(dialog->line(10)->text(), QString()); // not in the file: upright
+    EXPECT_EQ(dialog->line(11), nullptr);
     EXPECT_FALSE(dialog->isDirty());
 
     press("cmdSave");
@@ -76,7 +79,7 @@ TEST_F(SettingsDialogTest, FillsFromTheFileWithoutCountingAsAChange)
 TEST_F(SettingsDialogTest, NoLineIsSqueezedOrOverlapped)
 {
     ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog.get()));
-    for (int index = 5; index <= 9; ++index) {
+    for (int index = 5; index <= 10; ++index) {
         VxLineIn *line = dialog->line(index);
         EXPECT_GE(line->height(), line->minimumSizeHint().height()) << index;
         EXPECT_GE(line->width(), 4755 / 15) << index;
@@ -150,7 +153,8 @@ TEST_F(SettingsDialogTest, ModeLinesTakeOneDigitOfTheirRange)
         int index;
         const char *typed;
         const char *kept;
-    } cases[] = {{6, "9", ""}, {6, "7", "7"}, {6, "45", "4"}, {7, "5", ""}, {9, "x4", "4"}, {5, "1a00", "100"}};
+    } cases[] = {{6, "9", ""},  {6, "7", "7"},         {6, "45", "4"}, {7, "5", ""},
+                 {9, "x4", "4"}, {5, "1a00", "100"}, {10, "2", ""},  {10, "01", "0"}};
     for (const auto &c : cases) {
         dialog->line(c.index)->setText(QString());
         type(c.index, QString::fromLatin1(c.typed));
@@ -164,6 +168,7 @@ TEST_F(SettingsDialogTest, HelpListsTheCodesOfEachModeLine)
     EXPECT_EQ(SettingsDialog::parameterHelp(QStringLiteral("INT")).size(), 8);
     EXPECT_EQ(SettingsDialog::parameterHelp(QStringLiteral("CMP")).last(), QStringLiteral("4 = AssumeLinear"));
     EXPECT_EQ(SettingsDialog::parameterHelp(QStringLiteral("PXL")).last(), QStringLiteral("4 = Half"));
+    EXPECT_EQ(SettingsDialog::parameterHelp(QStringLiteral("ORI")).size(), 2);
 
     dialog->line(6)->clickButton();
     ASSERT_EQ(dialogs->shown.size(), 1);

@@ -89,7 +89,7 @@ public:
         return true;
     }
 
-    Expected<SourceFacts, Error> inspect(const QString &path) override
+    Expected<SourceFacts, Error> inspect(const QString &path, bool) override
     {
         const auto header = read(path);
         if (!header)
@@ -109,7 +109,7 @@ public:
 
     Expected<void, Error> drawInto(const DrawJob &job, files::PendingFile &output) override
     {
-        const auto facts = inspect(job.source);
+        const auto facts = inspect(job.source, job.settings.upright);
         const qint64 memory = facts ? facts->decodeBytes : 0;
         const qint64 now = inUse += memory;
         for (qint64 seen = peak; now > seen && !peak.compare_exchange_weak(seen, now);) {

@@ -89,6 +89,8 @@ TEST(Naming, TargetPaths)
         {"no extension", "/E/Out", "/E/raw/", "/E/raw/scan", false, "J", "/E/Out/scan.jpg"},
         {"dotted dir", "/E/Out", "/", "/v1.2/scan", false, "J", "/E/Out/v1.2/scan.jpg"},
         {"two points", "/E/Out", "/", "/a/x.tar.PNG", false, "J", "/E/Out/a/x.tar.jpg"},
+        {"WebP", "/E/Out", "/D/", "/D/x.jpg", false, "W", "/E/Out/x.webp"},
+        {"AVIF", "/E/Out", "/D/", "/D/x.jpg", false, "a", "/E/Out/x.avif"},
         {"unknown format", "/E/Out", "/D/", "/D/x.png", false, "X", "/E/Out/x"},
         {"colons", "/E/Out", "/x/", "/x/a:b/12:30.jpg", false, "J", "/E/Out/a:b/12:30.jpg"},
     };

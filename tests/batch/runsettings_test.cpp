@@ -25,7 +25,7 @@ TEST(SeededSettings, MissingOrEmptyKeysReadAsSeededWithoutWriting)
     EXPECT_FALSE(QFileInfo::exists(missing));
 
     const QByteArray text = "[LAST]\r\nStyle=0\r\nWidth=\r\nHeight=abc\r\nWU=1\r\nSFOR=x\r\n"
-                            "[jpg]\r\nPRZ=\r\nINT=5\r\nCMP=drei\r\n";
+                            "[jpg]\r\nPRZ=\r\nINT=5\r\nCMP=drei\r\nORI=0\r\n";
     const QString file = box.writeFile(u"user.ini"_s, text);
     const LastParameters user = readSeededLastParameters(file);
     EXPECT_EQ(user.style, 0);           // a value the user chose, though it is 0
@@ -34,8 +34,9 @@ TEST(SeededSettings, MissingOrEmptyKeysReadAsSeededWithoutWriting)
     EXPECT_EQ(user.widthUnit, 1);
     EXPECT_EQ(user.searchFor, u"x"_s);
     EXPECT_EQ(user.replaceWith, QString()); // never seeded
-    // PRZ empty -> seeded 85; CMP without digits -> 0, as the window reads it.
-    EXPECT_EQ(readSeededDrawingSettings(file), (DrawingSettings {85, 5, 4, 2, 0}));
+    // PRZ empty -> seeded 85; CMP without digits -> 0, as the window reads it;
+    // ORI=0 draws photos as stored.
+    EXPECT_EQ(readSeededDrawingSettings(file), (DrawingSettings {85, 5, 4, 2, 0, false}));
     // The window's reading after seeding gives 0 only where the file says so.
     EXPECT_EQ(readDrawingSettings(file).interpolation, 5);
     EXPECT_EQ(test::readAll(file), text);

@@ -44,6 +44,20 @@ TEST(ParseArguments, EveryOptionInBothSpellings)
     EXPECT_EQ(o.sources, sources);
 }
 
+TEST(ParseArguments, EachFormatNameGivesItsCode)
+{
+    const struct
+    {
+        const char *name;
+        const char *code;
+    } cases[] = {{"jpg", "J"}, {"JPEG", "J"}, {"png", "P"}, {"webp", "W"}, {" AVIF ", "A"}};
+    for (const auto &c : cases) {
+        const auto parsed = parseArguments({u"--format"_s, QString::fromLatin1(c.name)});
+        ASSERT_TRUE(parsed.has_value()) << c.name;
+        EXPECT_EQ(parsed->formatCode, QString::fromLatin1(c.code)) << c.name;
+    }
+}
+
 TEST(ParseArguments, LeftOutOptionsStayOpen)
 {
     const auto parsed = parseArguments({u"x.jpg"_s});

@@ -11,6 +11,7 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QSize>
 #include <QThread>
 
 #include <gtest/gtest.h>
@@ -181,6 +182,41 @@ TEST_F(CliRunTest, ModuleFormatsConvertAlikeWithOneJobOrFour)
         int height = 0;
         EXPECT_TRUE(imaging::measure(box.filePath(u"four/"_s + name), width, height));
         EXPECT_EQ(width, 120) << name.toStdString();
+    }
+}
+
+// A phone photo held upright is stored on its side with EXIF orientation 6:
+// the size rules see it as shown, portrait, and so does its output, unless
+// the settings say to take photos as stored.
+TEST_F(CliRunTest, APhotoStoredOnItsSideIsSizedAndWrittenAsShown)
+{
+    const QString photo = box.filePath(u"src/phone.jpg"_s);
+    QDir().mkpath(box.filePath(u"src"_s));
+    ASSERT_EQ(QProcess::execute(u"vips"_s, {u"black"_s, photo + u"[strip]"_s, u"40"_s, u"30"_s, u"--bands"_s, u"3"_s}),
+              0);
+    ASSERT_EQ(QProcess::execute(u"exiftool"_s, {u"-q"_s, u"-overwrite_original"_s, u"-n"_s, u"-Orientation=6"_s, photo}),
+              0);
+    const struct
+    {
+        const char *orientationKey; ///< in [JPG]; nullptr: none
+        QStringList options;
+        QSize size;
+    } cases[] = {
+        {nullptr, {u"--style"_s, u"3"_s, u"--width"_s, u"20"_s}, QSize(15, 20)},
+        {"1", {u"--style"_s, u"4"_s, u"--width"_s, u"60"_s, u"--height"_s, u"20"_s}, QSize(15, 20)},
+        {"0", {u"--style"_s, u"3"_s, u"--width"_s, u"20"_s}, QSize(20, 15)},
+    };
+    for (const auto &c : cases) {
+        box.writeFile(u"valtrona.ini"_s, c.orientationKey ? "[JPG]\r\nORI=" + QByteArray(c.orientationKey) + "\r\n"
+                                                          : QByteArray());
+        const CliResult result = runCli(c.options + QStringList {u"--format"_s, u"webp"_s, u"--out"_s, u"out"_s, photo});
+        EXPECT_EQ(result.exitCode, 0) << result.out.toStdString();
+        const QString size = QString::number(c.size.width()) + u'x' + QString::number(c.size.height());
+        EXPECT_TRUE(result.out.contains(u"INF\tBildgröße : "_s + size + u'\n')) << result.out.toStdString();
+        int width = 0;
+        int height = 0;
+        EXPECT_TRUE(imaging::measure(box.filePath(u"out/phone.webp"_s), width, height));
+        EXPECT_EQ(QSize(width, height), c.size) << c.options.join(u' ').toStdString();
     }
 }
 

@@ -177,6 +177,16 @@ TEST(SettingsTest, ParametersReadBackAndEditsApplyToTheNextRead)
     // A change made in the settings dialog applies to the next image.
     writeIniString(file, u"JPG"_s, u"PRZ"_s, u"60"_s);
     EXPECT_EQ(readImagingSettings(file).quality, 60);
+
+    // Photos are turned upright unless the orientation key, never seeded,
+    // reads 0.
+    EXPECT_TRUE(imaging.upright);
+    for (const auto &[value, upright] : {std::pair {u"0"_s, false}, std::pair {u" 0 "_s, false},
+                                         std::pair {u"1"_s, true}, std::pair {u""_s, true},
+                                         std::pair {u"nein"_s, true}, std::pair {u"00"_s, true}}) {
+        writeIniString(file, u"JPG"_s, u"ORI"_s, value);
+        EXPECT_EQ(readImagingSettings(file).upright, upright) << value.toStdString();
+    }
 }
 
 TEST(SettingsPathTest, FollowsTheExecutableName)

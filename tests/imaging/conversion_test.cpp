@@ -104,7 +104,7 @@ TEST_F(ConversionTest, FailuresCarryTheirCode)
          Code::Damaged, readable},
         {"JPEG claiming more lines", lyingJpeg, Code::Damaged, readable},
         {"PNG claiming more rows", m_sandbox.writeFile(u"lying.png"_s, pngClaiming(2000, 2000)), Code::Damaged, readable},
-        {"no encoder", dataPath(u"run/photo.jpg"_s), Code::NoEncoder, readable, imaging::OutputFormat::WebP},
+        {"no encoder", dataPath(u"run/photo.jpg"_s), Code::NoEncoder, readable, imaging::OutputFormat(99)},
         {"no size", dataPath(u"run/photo.jpg"_s), Code::SizeUnusable, readable, imaging::OutputFormat::Jpeg, 0},
         {"cancelled", dataPath(u"run/photo.jpg"_s), Code::Internal, readable, imaging::OutputFormat::Jpeg, 300, true},
         {"full disk", dataPath(u"run/photo.jpg"_s), Code::FileSizeLimit, readable, imaging::OutputFormat::Png, 300,
@@ -146,7 +146,10 @@ TEST_F(ConversionTest, WritesWhatDrawingToAFileAndCopyingExifWrote)
     const QString profiled = m_sandbox.filePath(u"profiled.jpg"_s);
     ASSERT_TRUE(runTool(u"vips"_s, {u"icc_transform"_s, big, profiled + u"[Q=90]"_s, u"p3"_s,
                                     u"--input-profile"_s, u"srgb"_s}));
-    ASSERT_TRUE(runTool(u"exiftool"_s, {u"-q"_s, u"-overwrite_original"_s, u"-Make=Testkamera"_s, profiled}));
+    // Without pixel dimensions in its EXIF block, which a conversion sets to
+    // the output's.
+    ASSERT_TRUE(runTool(u"exiftool"_s, {u"-q"_s, u"-overwrite_original"_s, u"-Make=Testkamera"_s,
+                                        u"-ExifImageWidth="_s, u"-ExifImageHeight="_s, profiled}));
     using Format = imaging::OutputFormat;
     const struct
     {
@@ -211,17 +214,20 @@ TEST_F(ConversionTest, WritesWhatDrawingToAFileAndCopyingExifWrote)
 }
 
 // The memory a drawing takes, measured in a process of its own, never
-// exceeds the estimate, for every kind of decoder. The pictures are tall and
-// narrow, so that what a whole-image decoder holds outweighs the streaming
-// buffers, which grow with the width.
+// exceeds the estimate, for every kind of decoder, for the encoders that
+// take the whole picture and for a picture that is turned. The pictures for
+// the decoders are tall and narrow, so that what a whole-image decoder holds
+// outweighs the streaming buffers, which grow with the width.
 TEST_F(ConversionTest, DrawingStaysWithinItsEstimate)
 {
     const QString tall = m_sandbox.filePath(u"tall.v"_s);
     const QString wide = m_sandbox.filePath(u"wide.v"_s);
     const QString tiny = m_sandbox.filePath(u"tiny.v"_s);
+    const QString photo = m_sandbox.filePath(u"photo.v"_s);
     ASSERT_TRUE(runTool(u"vips"_s, {u"black"_s, tall, u"1000"_s, u"12000"_s, u"--bands"_s, u"3"_s}));
     ASSERT_TRUE(runTool(u"vips"_s, {u"black"_s, wide, u"8000"_s, u"300"_s, u"--bands"_s, u"3"_s}));
     ASSERT_TRUE(runTool(u"vips"_s, {u"black"_s, tiny, u"16"_s, u"12"_s, u"--bands"_s, u"3"_s}));
+    ASSERT_TRUE(runTool(u"vips"_s, {u"black"_s, photo, u"3000"_s, u"2000"_s, u"--bands"_s, u"3"_s}));
     const struct
     {
         QString base;
@@ -229,21 +235,28 @@ TEST_F(ConversionTest, DrawingStaysWithinItsEstimate)
         const char *options;
         int width;
         int height;
+        const char *format = "jpeg";
+        int orientation = 1;
     } cases[] = {
         {tall, "baseline.jpg", "", 100, 1200},    {tall, "progressive.jpg", "[interlace]", 100, 1200},
         {tall, "plain.png", "", 100, 1200},       {tall, "interlaced.png", "[interlace]", 100, 1200},
         {tall, "frame.gif", "", 100, 1200},       {tall, "strips.tif", "", 100, 1200},
         {tall, "lossy.webp", "", 100, 1200},      {wide, "wide.jpg", "", 4000, 150},
-        {wide, "wide.png", "", 1000, 40},
+        {wide, "wide.png", "", 1000, 40},         {photo, "to-webp.jpg", "", 3000, 2000, "webp"},
+        {photo, "to-avif.jpg", "", 3000, 2000, "avif"}, {photo, "turned.jpg", "", 4000, 6000, "jpeg", 6},
     };
     for (const auto &c : cases) {
         const QString source = m_sandbox.filePath(QString::fromLatin1(c.name));
         const QString warmUp = m_sandbox.filePath(u"tiny-"_s + QString::fromLatin1(c.name));
         ASSERT_TRUE(runTool(u"vips"_s, {u"copy"_s, c.base, source + QString::fromLatin1(c.options)}));
         ASSERT_TRUE(runTool(u"vips"_s, {u"copy"_s, tiny, warmUp + QString::fromLatin1(c.options)}));
+        if (c.orientation != 1) {
+            ASSERT_TRUE(runTool(u"exiftool"_s, {u"-q"_s, u"-overwrite_original"_s, u"-n"_s,
+                                                u"-Orientation=%1"_s.arg(c.orientation), source, warmUp}));
+        }
         QProcess probe;
-        probe.start(QStringLiteral(VALTRONA_DRAWPROBE),
-                    {source, QString::number(c.width), QString::number(c.height), u"jpeg"_s, warmUp});
+        probe.start(QStringLiteral(VALTRONA_DRAWPROBE), {source, QString::number(c.width), QString::number(c.height),
+                                                         QString::fromLatin1(c.format), warmUp});
         ASSERT_TRUE(probe.waitForFinished(60000)) << c.name;
         if (probe.exitCode() == 3)
             GTEST_SKIP() << "the peak resident memory cannot be reset on this system";

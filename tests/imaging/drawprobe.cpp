@@ -4,7 +4,7 @@
 // conversion test (one drawing per process, so peaks do not mix) and by
 // hand for larger files:
 //
-//   imaging_drawprobe SOURCE WIDTH HEIGHT jpeg|png [WARM-UP SOURCE [INT CMP]]
+//   imaging_drawprobe SOURCE WIDTH HEIGHT jpeg|png|webp|avif [WARM-UP SOURCE [INT CMP]]
 //
 // (INT and CMP are the interpolation and compositing-quality codes.)
 // A warm-up drawing of a small file of the same format first brings in the
@@ -57,7 +57,7 @@ int main(int argc, char **argv)
     QCoreApplication app(argc, argv);
     const QStringList arguments = app.arguments();
     if (arguments.size() < 5) {
-        std::fprintf(stderr, "usage: imaging_drawprobe SOURCE WIDTH HEIGHT jpeg|png [WARM-UP SOURCE [INT CMP]]\n");
+        std::fprintf(stderr, "usage: imaging_drawprobe SOURCE WIDTH HEIGHT jpeg|png|webp|avif [WARM-UP SOURCE [INT CMP]]\n");
         return 2;
     }
     if (!imaging::start())
@@ -70,8 +70,11 @@ int main(int argc, char **argv)
     request.source = arguments.at(1);
     request.width = arguments.at(2).toInt();
     request.height = arguments.at(3).toInt();
-    request.format = arguments.at(4) == QStringLiteral("png") ? imaging::OutputFormat::Png
-                                                               : imaging::OutputFormat::Jpeg;
+    const QString format = arguments.at(4);
+    request.format = format == QStringLiteral("png")    ? imaging::OutputFormat::Png
+                     : format == QStringLiteral("webp") ? imaging::OutputFormat::WebP
+                     : format == QStringLiteral("avif") ? imaging::OutputFormat::Avif
+                                                        : imaging::OutputFormat::Jpeg;
     if (arguments.size() > 7) {
         request.modes.interpolation = arguments.at(6).toInt();
         request.modes.compositingQuality = arguments.at(7).toInt();
