@@ -28,7 +28,7 @@ struct DrawingSettings
 };
 
 /// The file formats a run writes.
-enum class ImageFormat { Jpeg, Png, WebP, Avif };
+using ImageFormat = imaging::OutputFormat;
 
 /// The format of a format code, ignoring case: "J" JPEG, "P" PNG, "W" WebP,
 /// "A" AVIF; nothing for any other code (such a run saves nothing).

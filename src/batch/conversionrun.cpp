@@ -389,7 +389,13 @@ FileOutcome ConversionRun::Private::convert(const FileTask &task, const std::ato
                              int(StatusKind::Info), QString()});
     }
     const std::optional<ImageFormat> format = formatForCode(task.formatCode);
-    if (!sameSize && !format) {
+    // A file of the right size is copied byte for byte. A JPEG or PNG target
+    // takes any source as it is (a PNG keeps its content under a ".jpg"
+    // name, as the program always did); a WebP or AVIF target is always what
+    // its name says, so another format is encoded at the same size.
+    const bool copies = sameSize
+        && (!format || *format == ImageFormat::Jpeg || *format == ImageFormat::Png || facts.writtenAs == format);
+    if (!copies && !format) {
         outcome.failure = Error {ErrorCode::NoEncoder, u"format code "_s + task.formatCode};
         return outcome;
     }
@@ -402,9 +408,9 @@ FileOutcome ConversionRun::Private::convert(const FileTask &task, const std::ato
     job.format = format.value_or(ImageFormat::Jpeg);
     job.carryExif = task.copyExif;
     job.cancel = &cancel;
-    // A right-size copy streams; a drawing waits until its memory fits.
+    // A copy streams; a drawing waits until its memory fits.
     MemoryBudget::Reservation memory;
-    if (!sameSize) {
+    if (!copies) {
         memory = m_budget->acquire(m_imaging.drawMemory(facts, job), &cancel);
         if (!memory.isGranted()) {
             outcome.failure = cancel.load() ? Error {ErrorCode::Internal, u"cancelled"_s}
@@ -417,13 +423,13 @@ FileOutcome ConversionRun::Private::convert(const FileTask &task, const std::ato
         outcome.failure = output.error();
         return outcome;
     }
-    const auto made = sameSize ? m_imaging.copyInto(task.source, *output) : m_imaging.drawInto(job, *output);
+    const auto made = copies ? m_imaging.copyInto(task.source, *output) : m_imaging.drawInto(job, *output);
     if (!made) {
         outcome.failure = made.error();
         return outcome;
     }
     outcome.output = std::move(*output);
-    outcome.copied = sameSize;
+    outcome.copied = copies;
     return outcome;
 }
 

@@ -22,21 +22,6 @@ imaging::DrawModes drawModes(const DrawingSettings &settings)
     return modes;
 }
 
-imaging::OutputFormat outputFormat(ImageFormat format)
-{
-    switch (format) {
-    case ImageFormat::Png:
-        return imaging::OutputFormat::Png;
-    case ImageFormat::WebP:
-        return imaging::OutputFormat::WebP;
-    case ImageFormat::Avif:
-        return imaging::OutputFormat::Avif;
-    case ImageFormat::Jpeg:
-        break;
-    }
-    return imaging::OutputFormat::Jpeg;
-}
-
 imaging::Orientation orientation(bool upright)
 {
     return upright ? imaging::Orientation::Upright : imaging::Orientation::Stored;
@@ -62,7 +47,7 @@ Expected<SourceFacts, Error> LibraryImaging::inspect(const QString &path, bool u
 
 qint64 LibraryImaging::drawMemory(const SourceFacts &facts, const DrawJob &job)
 {
-    return imaging::drawMemory(facts, job.width, job.height, drawModes(job.settings), outputFormat(job.format));
+    return imaging::drawMemory(facts, job.width, job.height, drawModes(job.settings), job.format);
 }
 
 Expected<void, Error> LibraryImaging::drawInto(const DrawJob &job, files::PendingFile &output)
@@ -72,7 +57,7 @@ Expected<void, Error> LibraryImaging::drawInto(const DrawJob &job, files::Pendin
     request.width = job.width;
     request.height = job.height;
     request.modes = drawModes(job.settings);
-    request.format = outputFormat(job.format);
+    request.format = job.format;
     request.quality = job.settings.quality;
     request.carryExif = job.carryExif;
     request.orientation = orientation(job.settings.upright);

@@ -275,6 +275,23 @@ qint64 roundUp(qint64 value, qint64 step)
     return (value + step - 1) / step * step;
 }
 
+// The output format a file already is, judged by the loader that reads it.
+std::optional<OutputFormat> writtenAs(const vips::VImage &image, const Loader &loader)
+{
+    if (loader.isJpeg())
+        return OutputFormat::Jpeg;
+    if (loader.isPng())
+        return OutputFormat::Png;
+    if (loader.name.startsWith("webpload"))
+        return OutputFormat::WebP;
+    const char *compression = nullptr;
+    if (loader.name.startsWith("heifload") && vips_image_get_typeof(image.get_image(), "heif-compression") != 0
+        && vips_image_get_string(image.get_image(), "heif-compression", &compression) == 0 && compression != nullptr
+        && qstrcmp(compression, "av1") == 0)
+        return OutputFormat::Avif;
+    return std::nullopt;
+}
+
 // What the decoder of `loader` holds beyond its streaming buffers, from the
 // header alone.
 qint64 wholeImageBytes(const vips::VImage &image, const Loader &loader, qint64 fileSize)
@@ -659,6 +676,7 @@ Expected<SourceInfo, Error> inspect(const QString &path, Orientation orientation
     info.hasAlpha = image->has_alpha();
     info.shrinksWhileDecoding = loader->isJpeg();
     info.decodeBytes = wholeImageBytes(*image, *loader, file.size());
+    info.writtenAs = writtenAs(*image, *loader);
     return info;
 }
 

@@ -18,12 +18,17 @@
 #include <QtGlobal>
 
 #include <atomic>
+#include <optional>
 
 namespace valtrona::files {
 class PendingFile;
 }
 
 namespace valtrona::imaging {
+
+/// Formats a conversion can write. AVIF gives NoEncoder where the image
+/// library has no AV1 encoder.
+enum class OutputFormat { Jpeg, Png, WebP, Avif };
 
 /// What a conversion needs to know about a source before drawing it.
 struct SourceInfo
@@ -45,11 +50,10 @@ struct SourceInfo
     /// True for JPEG: the decoder shrinks by 2, 4 or 8 while decoding when
     /// the target is small enough, so fewer pixels stream through.
     bool shrinksWhileDecoding = false;
+    /// The output format the file already is, when it is one of them.
+    std::optional<OutputFormat> writtenAs;
 };
 
-/// Formats a conversion can write. AVIF gives NoEncoder where the image
-/// library has no AV1 encoder.
-enum class OutputFormat { Jpeg, Png, WebP, Avif };
 
 /// Reads the header only (pixels are never decoded); the size is given as
 /// a drawing in `orientation` shows the picture. Errors: SourceMissing,

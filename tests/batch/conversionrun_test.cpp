@@ -102,6 +102,8 @@ public:
         facts.width = size.at(0).toInt();
         facts.height = size.at(1).toInt();
         facts.decodeBytes = fields.value(2).toLongLong();
+        if (fields.value(3) == u"webp"_s)
+            facts.writtenAs = ImageFormat::WebP;
         return facts;
     }
 
@@ -119,7 +121,8 @@ public:
         if (read(job.source)->contains("BROKEN"))
             return unexpected(Error {ErrorCode::Damaged, job.source});
         const QString text = u"drawn "_s + QFileInfo(job.source).fileName() + u' ' + QString::number(job.width)
-            + u'x' + QString::number(job.height) + (job.format == ImageFormat::Png ? u" png"_s : u" jpg"_s)
+            + u'x' + QString::number(job.height)
+            + (job.format == ImageFormat::Png ? u" png"_s : job.format == ImageFormat::WebP ? u" webp"_s : u" jpg"_s)
             + (job.carryExif ? u" exif"_s : QString()) + u'\n';
         return output.write(text.toUtf8());
     }
@@ -440,6 +443,22 @@ TEST(ConversionRun, HostSeesEachStepInOrderAndTheDetailsItAsked)
     EXPECT_EQ(flow, expected);
     EXPECT_EQ(test::readAll(box.filePath(u"out/a.png"_s)), "drawn a.jpg 160x120 png exif\n");
     EXPECT_EQ(QFileInfo(box.filePath(u"out/a.png"_s)).lastModified().toUTC(), stamp);
+}
+
+// A right-size JPEG or PNG target takes the source's bytes whatever they
+// are; a WebP target is always WebP.
+TEST(ConversionRun, RightSizeSourcesAreCopiedUnlessTheTargetIsAnotherNewFormat)
+{
+    const Scenario rightSize {"right size", [](const Sandbox &box, RecordingHost &) {
+                                  RunParameters p = fitInto({box.writeFile(u"src/a.jpg"_s, "IMG 160x120 0"),
+                                                             box.writeFile(u"src/b.webp"_s, "IMG 160x120 0 webp")},
+                                                            box.filePath(u"out"_s));
+                                  p.formatCode = u"W"_s;
+                                  return p;
+                              }};
+    const Outcome o = runScenario(rightSize, 2);
+    EXPECT_EQ(o.tree.filter(u"out/"_s),
+              (QStringList {u"out/a.webp = drawn a.jpg 160x120 webp"_s, u"out/b.webp = IMG 160x120 0 webp"_s}));
 }
 
 TEST(RunText, PercentRoundsHalfToEven)
