@@ -159,11 +159,6 @@ bool statPath(const QString &path, struct stat &info)
     return ::stat(nativeFileName(path).constData(), &info) == 0;
 }
 
-FileError fileError(FileError::Code code, const QString &message)
-{
-    return FileError{code, message};
-}
-
 // A byte of a name that is not part of valid UTF-8 is kept as a lone low
 // surrogate; text decoded from valid UTF-8 never holds one.
 constexpr char16_t escapeBase = 0xDC00;
@@ -588,10 +583,10 @@ QStringList sortedPaths(const Found &found, ListSort sort)
 
 } // namespace
 
-Expected<ListFilesResult, FileError> listFiles(const QString &directory, const ListFilesOptions &options)
+Expected<ListFilesResult, Error> listFiles(const QString &directory, const ListFilesOptions &options)
 {
     if (!dirExistsNonEmpty(directory))
-        return unexpected(fileError(FileError::Code::NotFound, QStringLiteral("not a directory: ") + directory));
+        return unexpected(Error {ErrorCode::SourceMissing, QStringLiteral("not a directory: ") + directory});
 
     const QString start = directory.endsWith(QLatin1Char('/')) ? directory : directory + QLatin1Char('/');
     DirectoryWalk walk(options);
@@ -603,7 +598,7 @@ Expected<ListFilesResult, FileError> listFiles(const QString &directory, const L
     return result;
 }
 
-Expected<QStringList, FileError> listJpegFiles(const QString &folder, bool processEvents)
+Expected<QStringList, Error> listJpegFiles(const QString &folder, bool processEvents)
 {
     ListFilesOptions options;
     options.mask = QStringLiteral("*.jpg;*.jpeg");

@@ -35,21 +35,6 @@
 
 namespace valtrona::files {
 
-/// Why a file operation failed; `message` is a technical English text for logs.
-struct FileError
-{
-    enum class Code {
-        NotFound,       ///< the source or start directory does not exist
-        OpenFailed,     ///< a file could not be opened for reading or writing
-        ReadFailed,
-        WriteFailed,
-        CommitFailed,   ///< the finished temporary file could not be renamed into place
-    };
-    Code code = Code::NotFound;
-    QString message;
-    bool accessDenied = false; ///< the system refused access (permissions)
-};
-
 // ---- Names as the system spells them ---------------------------------------
 
 /// A name or path as the system gives it, as text. Valid UTF-8 is decoded;
@@ -216,9 +201,9 @@ struct ListFilesResult
 /// its subdirectories are walked. "." and ".." are never taken, a directory
 /// reached twice (a link loop or a second link to it) is walked only once,
 /// and dangling links are skipped. Names that are not valid UTF-8 are taken
-/// too, spelled as fileNameFromNative() spells them. Fails with NotFound
-/// when `directory` is not a directory.
-Expected<ListFilesResult, FileError> listFiles(const QString &directory,
+/// too, spelled as fileNameFromNative() spells them. Fails with
+/// SourceMissing when `directory` is not a directory.
+[[nodiscard]] Expected<ListFilesResult, Error> listFiles(const QString &directory,
                                                const ListFilesOptions &options = {});
 
 /// The photos of a folder as "Verzeichnis laden" collects them: every
@@ -227,7 +212,7 @@ Expected<ListFilesResult, FileError> listFiles(const QString &directory,
 /// subfolders). Hidden files and folders (names starting with ".") are
 /// skipped, so thumbnail caches such as ".thumbnails/" are never taken.
 /// `processEvents` as in ListFilesOptions. Fails like listFiles().
-Expected<QStringList, FileError> listJpegFiles(const QString &folder, bool processEvents = true);
+[[nodiscard]] Expected<QStringList, Error> listJpegFiles(const QString &folder, bool processEvents = true);
 
 /// The paths in their order, each folder among them replaced by its
 /// listJpegFiles(); other paths, existing or not, are kept as they are.

@@ -450,7 +450,7 @@ TEST_F(DirectoryWalk, RefusesAMissingStart)
                                  m_box.filePath(QStringLiteral("a.jpg"))}) {
         const auto result = files::listFiles(start);
         ASSERT_FALSE(result.has_value()) << start.toStdString();
-        EXPECT_EQ(result.error().code, files::FileError::Code::NotFound);
+        EXPECT_EQ(result.error().code, valtrona::ErrorCode::SourceMissing);
     }
 }
 
