@@ -139,12 +139,6 @@ enum class AtLink {
 Expected<void, Error> writeFileAtomically(const QString &path, QByteArrayView bytes,
                                           AtLink atLink = AtLink::Replace);
 
-/// Copies `source` to `target` byte for byte, put into place like
-/// writeFileAtomically() (a link at `target` is replaced, not followed).
-/// When `target` already reaches the source file itself (the same name, a
-/// hard link, or a link to it), nothing is written and the call succeeds.
-Expected<void, Error> copyFileAtomically(const QString &source, const QString &target);
-
 // ---- Directories and file times -------------------------------------------
 
 /// Creates the directory and every missing level above it; failures on the

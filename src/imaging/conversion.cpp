@@ -303,7 +303,7 @@ void encode(const vips::VImage &image, const Encoder &encoder, const DrawRequest
 Expected<SourceInfo, Error> inspect(const QString &path, Orientation orientation)
 {
     if (!isStarted())
-        return unexpected(Error {ErrorCode::Internal, u"the imaging layer is not started"_s});
+        return unexpected(detail::notStartedError());
     SourceFile file(nullptr);
     if (auto opened = file.open(path); !opened)
         return unexpected(opened.error());
@@ -385,7 +385,7 @@ Expected<void, Error> drawInto(const DrawRequest &request, files::PendingFile &o
     if (isRequested(request.cancel))
         return unexpected(cancelledError());
     if (!isStarted())
-        return unexpected(Error {ErrorCode::Internal, u"the imaging layer is not started"_s});
+        return unexpected(detail::notStartedError());
     const Encoder *encoder = findEncoder(request.format);
     if (encoder == nullptr)
         return unexpected(Error {ErrorCode::NoEncoder, {}});
