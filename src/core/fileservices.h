@@ -123,7 +123,7 @@ qsizetype readFileText(const QString &path, QString &text);
 
 /// Replaces the file's content with `text` (UTF-8) through a temporary file
 /// and rename; returns fileExists(path) afterwards.
-bool writeFileText(const QString &path, const QString &text);
+[[nodiscard]] bool writeFileText(const QString &path, const QString &text);
 
 /// How an atomic write treats a symbolic link standing at the path.
 enum class AtLink {
@@ -154,7 +154,7 @@ enum FileTimeSelect { CreationTime = 1, LastAccessTime = 2, LastWriteTime = 4 };
 /// a file or directory to `time`; its time zone setting says whether it is local or
 /// UTC. The creation time cannot be set on Linux and is skipped; a request
 /// for it alone returns false. True only when the times were set.
-bool setFileTimes(const QString &path, const QDateTime &time, int which = LastWriteTime);
+[[nodiscard]] bool setFileTimes(const QString &path, const QDateTime &time, int which = LastWriteTime);
 
 // ---- Directory walk --------------------------------------------------------
 

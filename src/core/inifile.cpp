@@ -147,7 +147,8 @@ QString ensureIniDefault(const QString &file, const QString &section, const QStr
     const QString value = readIniString(file, section, key);
     if (!value.isEmpty())
         return value;
-    writeIniString(file, section, key, defaultValue);
+    // The default holds whether or not the file could take it.
+    static_cast<void>(writeIniString(file, section, key, defaultValue));
     return defaultValue;
 }
 

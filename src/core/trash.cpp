@@ -147,15 +147,16 @@ bool copyTree(const QString &from, const QString &to)
             if (!copyTree(from + QLatin1Char('/') + name, to + QLatin1Char('/') + name))
                 return false;
         }
+        // The copy is whole even where its permissions or time cannot be set.
         ::chmod(encoded(to).constData(), info.st_mode & 07777);
-        setFileTimes(to, modified, LastWriteTime);
+        static_cast<void>(setFileTimes(to, modified, LastWriteTime));
         return true;
     }
     if (!S_ISREG(info.st_mode))
         return false;
     if (!QFile::copy(from, to))
         return false;
-    setFileTimes(to, modified, LastWriteTime);
+    static_cast<void>(setFileTimes(to, modified, LastWriteTime));
     return true;
 }
 

@@ -252,6 +252,7 @@ TEST_F(ConversionTest, QualityIsClampedAndTransparencyFlattened)
     const QByteArray q100 = jpeg(100);
     ASSERT_FALSE(q100.isEmpty());
     EXPECT_EQ(jpeg(150), q100);
+    EXPECT_NE(jpeg(99), q100);
     EXPECT_EQ(jpeg(-5), jpeg(0));
     EXPECT_LT(jpeg(0).size(), jpeg(50).size());
     EXPECT_LT(jpeg(50).size(), q100.size());
