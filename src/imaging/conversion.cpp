@@ -305,9 +305,7 @@ Expected<SourceInfo, Error> inspect(const QString &path, Orientation orientation
     if (!isStarted())
         return unexpected(detail::notStartedError());
     SourceFile file(nullptr);
-    if (auto opened = file.open(path); !opened)
-        return unexpected(opened.error());
-    auto loader = detail::findLoader(file);
+    auto loader = detail::openSource(file, path);
     if (!loader)
         return unexpected(loader.error());
     auto image = detail::openImage(file, *loader, kFailOn);

@@ -244,9 +244,7 @@ Expected<QSize, Error> measure(const QString &path)
     if (!isStarted())
         return unexpected(detail::notStartedError());
     detail::SourceFile file;
-    if (auto opened = file.open(path); !opened)
-        return unexpected(opened.error());
-    auto loader = detail::findLoader(file);
+    auto loader = detail::openSource(file, path);
     if (!loader)
         return unexpected(loader.error());
     // Opening is lazy: only the header is parsed here.

@@ -108,9 +108,7 @@ Expected<RgbaImage, Error> loadPreview(const QString &path, int maxWidth, int ma
     if (!detail::ensureLibrary())
         return unexpected(noLibraryError());
     detail::SourceFile file;
-    if (auto opened = file.open(path); !opened)
-        return unexpected(opened.error());
-    auto loader = detail::findLoader(file);
+    auto loader = detail::openSource(file, path);
     if (!loader)
         return unexpected(loader.error());
     PreviewSource source;

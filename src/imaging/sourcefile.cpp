@@ -186,6 +186,13 @@ Expected<Loader, Error> findLoader(SourceFile &file)
     }
 }
 
+Expected<Loader, Error> openSource(SourceFile &file, const QString &path)
+{
+    if (auto opened = file.open(path); !opened)
+        return unexpected(opened.error());
+    return findLoader(file);
+}
+
 Expected<vips::VImage, Error> openImage(SourceFile &file, const Loader &loader, VipsFailOn failOn, int shrink)
 {
     vips::VOption *options = vips::VImage::option()

@@ -89,6 +89,10 @@ struct Loader
 /// built-in loader knows it. Errors: UnknownFormat, and the file's read errors.
 [[nodiscard]] Expected<Loader, Error> findLoader(SourceFile &file);
 
+/// Opens `path` into `file` and finds its loader: the first two steps of
+/// every read. Errors: those of SourceFile::open() and findLoader().
+[[nodiscard]] Expected<Loader, Error> openSource(SourceFile &file, const QString &path);
+
 /// Opens an image lazily for one top-to-bottom read: only the header is
 /// read here. shrink > 1 is for JPEG only. Errors: Damaged (a broken header
 /// or no pixels), the file's read errors, and Internal "cancelled".
