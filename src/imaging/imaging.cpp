@@ -158,11 +158,6 @@ void loadFormatModules()
     });
 }
 
-bool nameIsSafeForLibrary(const QByteArray &name)
-{
-    return !name.endsWith(']');
-}
-
 quint64 libraryWarningCount()
 {
     return t_libraryWarnings;

@@ -28,10 +28,6 @@ bool formatModulesLoaded();
 /// process; the library starts without them.
 void loadFormatModules();
 
-/// True when opening by name is possible for this path: the library reads a
-/// trailing "[...]" of a file name as load options.
-bool nameIsSafeForLibrary(const QByteArray &name);
-
 /// Warnings the image library has logged on the calling thread so far. A
 /// JPEG decoder that meets damaged data in its last strip can only say so
 /// this way, when its image is closed.

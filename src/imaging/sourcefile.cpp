@@ -21,6 +21,13 @@ bool procFileSystemPresent()
     return present;
 }
 
+// True when opening by name is possible for this path: the library reads a
+// trailing "[...]" of a file name as load options.
+bool nameIsSafeForLibrary(const QByteArray &name)
+{
+    return !name.endsWith(']');
+}
+
 QByteArray nicknameOf(const char *typeName)
 {
     const char *nickname = vips_nickname_find(g_type_from_name(typeName));
