@@ -44,12 +44,7 @@ int main(int argc, char **argv)
     if (!imaging::start())
         return 1;
     SourceList list;
-    list.setMeasure([](const QString &path) {
-        int width = 0;
-        int height = 0;
-        imaging::measure(path, width, height);
-        return QSize(width, height);
-    });
+    list.setMeasure([](const QString &path) { return imaging::measure(path).value_or(QSize(0, 0)); });
     list.setRestart([] { imaging::restart(); });
 
     std::vector<double> times;

@@ -6,16 +6,18 @@
 #include <utility>
 
 #include "imaging/imaging.h"
-#include "imaging/picture.h"
+#include "imaging/preview.h"
 
 namespace valtrona {
 
 namespace {
 
-QImage toImage(const imaging::RgbaImage &rgba)
+// A picture that cannot be read shows as an empty view.
+QImage toImage(const Expected<imaging::RgbaImage, Error> &preview)
 {
-    if (rgba.isNull())
+    if (!preview || preview->isNull())
         return {};
+    const imaging::RgbaImage &rgba = *preview;
     return QImage(reinterpret_cast<const uchar *>(rgba.pixels.constData()), rgba.width, rgba.height,
                   rgba.width * 4, QImage::Format_RGBA8888)
         .copy();
@@ -59,11 +61,10 @@ LoadedPicture ImagingPictureLoader::load(const QString &path, const ShownSizeFun
 LoadedPicture ImagingPictureLoader::readPreview(const QString &path, const QSize &box)
 {
     LoadedPicture picture;
-    int width = 0;
-    int height = 0;
-    if (!imaging::measure(path, width, height))
+    const auto size = imaging::measure(path);
+    if (!size)
         return picture;
-    picture.ownSize = QSize(width, height);
+    picture.ownSize = *size;
     picture.image = toImage(imaging::loadPreview(path, box.width(), box.height()));
     return picture;
 }

@@ -11,7 +11,6 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QMetaObject>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
@@ -255,7 +254,7 @@ MainWindow::Environment MainWindow::defaultEnvironment()
     Environment env;
     env.settingsPath = settingsPath();
     env.dialogs = std::make_shared<StandardDialogs>();
-    env.startImaging = [] { return imaging::start(); };
+    env.startImaging = [] { return imaging::start().has_value(); };
     env.quit = [] { QCoreApplication::exit(0); };
     return env;
 }
@@ -267,7 +266,7 @@ MainWindow::MainWindow(Environment environment, QWidget *parent)
     if (!m_env.dialogs)
         m_env.dialogs = std::make_shared<StandardDialogs>();
     if (!m_env.startImaging)
-        m_env.startImaging = [] { return imaging::start(); };
+        m_env.startImaging = [] { return imaging::start().has_value(); };
     if (!m_env.quit)
         m_env.quit = [] { QCoreApplication::exit(0); };
 
@@ -591,14 +590,6 @@ bool MainWindow::start()
     readLastParameters();
     applyOrientationSetting();
 
-    imaging::setReporter([this](const QString &title, const QString &text) {
-        // Reports may come from a worker thread; boxes belong to this one.
-        if (m_suppressReports)
-            return;
-        QMetaObject::invokeMethod(this, [this, title, text] { reportImagingFailure(title, text); },
-                                  Qt::QueuedConnection);
-    });
-
     if (!m_env.startImaging()) {
         m_env.dialogs->plainMessage(this, QString(), QStringLiteral("GDI konnte nicht initialisiert werden !"));
         return false;
@@ -911,12 +902,7 @@ QSize MainWindow::measureQuietly(const QString &path)
 {
     // An unreadable file shows as 0 x 0 in its row or as an empty preview;
     // neither reports an error of its own.
-    const bool wasSuppressed = m_suppressReports.exchange(true);
-    int width = 0;
-    int height = 0;
-    imaging::measure(path, width, height);
-    m_suppressReports = wasSuppressed;
-    return QSize(width, height);
+    return imaging::measure(path).value_or(QSize(0, 0));
 }
 
 void MainWindow::updateSourceCount()
@@ -991,7 +977,6 @@ void MainWindow::runConversion()
     m_prog->setRange(0, std::max(1, static_cast<int>(sources.size())));
     m_prog->setValue(0);
     m_running = true;
-    m_suppressReports = true;
     m_runStatusText.clear();
     m_command1->setEnabled(false);
     m_cmdStop->setEnabled(true);
@@ -1019,7 +1004,6 @@ void MainWindow::onRunFinished(const RunSummary &summary)
 {
     m_prog->setValue(0);
     m_running = false;
-    m_suppressReports = false;
     m_runStatusText = runSummaryText(summary);
     if (m_currentCard == 3)
         m_lvStat->setFocus(Qt::OtherFocusReason); // before "Abbruch" goes grey
@@ -1034,14 +1018,6 @@ void MainWindow::onRunFinished(const RunSummary &summary)
         shutDown();
         m_env.quit();
     }
-}
-
-void MainWindow::reportImagingFailure(const QString &title, const QString &text)
-{
-    // A run reports failed files as status rows; no box interrupts it.
-    if (m_suppressReports || m_shutDown)
-        return;
-    m_env.dialogs->plainMessage(this, title, text);
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)
@@ -1066,7 +1042,6 @@ void MainWindow::shutDown()
         return;
     m_shutDown = true;
     terminateControls(this);
-    imaging::setReporter({});
     imaging::stop();
 }
 

@@ -5,7 +5,6 @@
 #include <QStringList>
 #include <QWidget>
 
-#include <atomic>
 #include <functional>
 #include <memory>
 
@@ -133,7 +132,6 @@ private:
     static int selectedItemData(const VxLineIn *line);
     void runConversion();
     void onRunFinished(const RunSummary &summary);
-    void reportImagingFailure(const QString &title, const QString &text);
     void shutDown();
 
     Environment m_env;
@@ -143,7 +141,6 @@ private:
     bool m_running = false;
     bool m_closing = false;
     bool m_shutDown = false;
-    std::atomic_bool m_suppressReports = false;
     QString m_lastSourceFolder;
     // What the count label shows on card 3: the run's progress or result.
     QString m_runStatusText;

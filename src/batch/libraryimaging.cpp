@@ -37,7 +37,8 @@ void shareCoresAmong(int jobs)
 
 bool LibraryImaging::restart()
 {
-    return imaging::restart();
+    imaging::restart();
+    return imaging::isStarted();
 }
 
 Expected<SourceFacts, Error> LibraryImaging::inspect(const QString &path, bool upright)

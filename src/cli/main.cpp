@@ -190,17 +190,10 @@ int main(int argc, char **argv)
 #endif
 
     cli::Terminal terminal(stdout, stderr, isatty(STDERR_FILENO) == 1, isatty(STDOUT_FILENO) == 1);
-    imaging::setReporter([&terminal](const QString &title, const QString &text) {
-        terminal.writeMessage(title % u": "_s % text);
-    });
     if (!imaging::start()) {
         printError(u"GDI konnte nicht initialisiert werden !"_s);
         return exitcode::cannotContinue;
     }
-    // From here on each failed file gets its reason line; the layer's own
-    // reports would only repeat it.
-    imaging::setQuiet(true);
-    imaging::setReporter({});
     installStopHandlers();
 
     cli::CliHost host(terminal, job->inputs, job->deleteSources, ending, QDir::currentPath());

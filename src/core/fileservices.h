@@ -35,21 +35,6 @@
 
 namespace valtrona::files {
 
-/// Why a file operation failed; `message` is a technical English text for logs.
-struct FileError
-{
-    enum class Code {
-        NotFound,       ///< the source or start directory does not exist
-        OpenFailed,     ///< a file could not be opened for reading or writing
-        ReadFailed,
-        WriteFailed,
-        CommitFailed,   ///< the finished temporary file could not be renamed into place
-    };
-    Code code = Code::NotFound;
-    QString message;
-    bool accessDenied = false; ///< the system refused access (permissions)
-};
-
 // ---- Names as the system spells them ---------------------------------------
 
 /// A name or path as the system gives it, as text. Valid UTF-8 is decoded;
@@ -138,7 +123,7 @@ qsizetype readFileText(const QString &path, QString &text);
 
 /// Replaces the file's content with `text` (UTF-8) through a temporary file
 /// and rename; returns fileExists(path) afterwards.
-bool writeFileText(const QString &path, const QString &text);
+[[nodiscard]] bool writeFileText(const QString &path, const QString &text);
 
 /// How an atomic write treats a symbolic link standing at the path.
 enum class AtLink {
@@ -153,12 +138,6 @@ enum class AtLink {
 /// exist.
 Expected<void, Error> writeFileAtomically(const QString &path, QByteArrayView bytes,
                                           AtLink atLink = AtLink::Replace);
-
-/// Copies `source` to `target` byte for byte, put into place like
-/// writeFileAtomically() (a link at `target` is replaced, not followed).
-/// When `target` already reaches the source file itself (the same name, a
-/// hard link, or a link to it), nothing is written and the call succeeds.
-Expected<void, Error> copyFileAtomically(const QString &source, const QString &target);
 
 // ---- Directories and file times -------------------------------------------
 
@@ -175,7 +154,7 @@ enum FileTimeSelect { CreationTime = 1, LastAccessTime = 2, LastWriteTime = 4 };
 /// a file or directory to `time`; its time zone setting says whether it is local or
 /// UTC. The creation time cannot be set on Linux and is skipped; a request
 /// for it alone returns false. True only when the times were set.
-bool setFileTimes(const QString &path, const QDateTime &time, int which = LastWriteTime);
+[[nodiscard]] bool setFileTimes(const QString &path, const QDateTime &time, int which = LastWriteTime);
 
 // ---- Directory walk --------------------------------------------------------
 
@@ -216,9 +195,9 @@ struct ListFilesResult
 /// its subdirectories are walked. "." and ".." are never taken, a directory
 /// reached twice (a link loop or a second link to it) is walked only once,
 /// and dangling links are skipped. Names that are not valid UTF-8 are taken
-/// too, spelled as fileNameFromNative() spells them. Fails with NotFound
-/// when `directory` is not a directory.
-Expected<ListFilesResult, FileError> listFiles(const QString &directory,
+/// too, spelled as fileNameFromNative() spells them. Fails with
+/// SourceMissing when `directory` is not a directory.
+[[nodiscard]] Expected<ListFilesResult, Error> listFiles(const QString &directory,
                                                const ListFilesOptions &options = {});
 
 /// The photos of a folder as "Verzeichnis laden" collects them: every
@@ -227,7 +206,7 @@ Expected<ListFilesResult, FileError> listFiles(const QString &directory,
 /// subfolders). Hidden files and folders (names starting with ".") are
 /// skipped, so thumbnail caches such as ".thumbnails/" are never taken.
 /// `processEvents` as in ListFilesOptions. Fails like listFiles().
-Expected<QStringList, FileError> listJpegFiles(const QString &folder, bool processEvents = true);
+[[nodiscard]] Expected<QStringList, Error> listJpegFiles(const QString &folder, bool processEvents = true);
 
 /// The paths in their order, each folder among them replaced by its
 /// listJpegFiles(); other paths, existing or not, are kept as they are.

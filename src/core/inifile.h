@@ -71,7 +71,7 @@ public:
     /// a name is empty or cannot be stored on one line: a line break in any
     /// argument, "=" in the key or "]" in the section name, or a name that
     /// starts with "[" or ";".
-    bool setValue(const QString &section, const QString &key, const QString &value);
+    [[nodiscard]] bool setValue(const QString &section, const QString &key, const QString &value);
 
     /// The non-empty lines of a section in file order, trimmed; key lines
     /// given as "name=value" with name and value trimmed (quotes kept), other
@@ -90,7 +90,7 @@ private:
 /// under the file's lock, and writes the result atomically when `edit`
 /// returns true and the bytes changed. A file that exists but cannot be read
 /// is left alone. Returns true when the file holds the edited document.
-bool editIniFile(const QString &file, const std::function<bool(IniDocument &)> &edit);
+[[nodiscard]] bool editIniFile(const QString &file, const std::function<bool(IniDocument &)> &edit);
 
 /// ReadIniInt: the value's leading decimal number (optional sign, clamped to
 /// the 32-bit range); `defaultValue` when the key is missing or its value

@@ -191,14 +191,18 @@ void seedDefaultSettings(const QString &file)
     // as ensuring them one by one, without rewriting the file seventy times
     // on the first start.
     const QList<SettingDefault> defaults = seededDefaults();
-    editIniFile(file, [&defaults](IniDocument &document) {
+    const bool seeded = editIniFile(file, [&defaults](IniDocument &document) {
         for (const SettingDefault &entry : defaults) {
-            if (document.value(entry.section, entry.key).value_or(QString()).isEmpty())
-                document.setValue(entry.section, entry.key, entry.value);
+            if (document.value(entry.section, entry.key).value_or(QString()).isEmpty()
+                && !document.setValue(entry.section, entry.key, entry.value))
+                return false;
         }
         return true;
     });
-    tidyIniFile(file);
+    // A file that cannot be read or written stays as it is: the readers then
+    // give their own defaults. Tidying tells only whether it rewrote.
+    if (seeded)
+        tidyIniFile(file);
 }
 
 void seedDefaultSettings()

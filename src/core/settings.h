@@ -98,7 +98,8 @@ void setSettingsPath(const QString &path);
 
 /// SeedDefaultSettings: writes every seededDefaults() entry whose key is
 /// missing or empty (in one write), then tidyIniFile(). A file that already
-/// holds every default in tidy form is not touched.
+/// holds every default in tidy form is not touched; one that cannot be read
+/// or written is left alone (reads then give their defaults).
 void seedDefaultSettings(const QString &file);
 
 /// seedDefaultSettings(settingsPath()).

@@ -513,49 +513,4 @@ Expected<void, Error> writeFileAtomically(const QString &path, QByteArrayView by
     return folder->commit(*pending, info.fileName());
 }
 
-Expected<void, Error> copyFileAtomically(const QString &source, const QString &target)
-{
-    const QByteArray native = nativeFileName(source);
-    // Opened without waiting: a pipe at the name must not block the run.
-    const int in = retryOnInterrupt([&] { return ::open(native.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); });
-    if (in < 0)
-        return unexpected(sourceError(errno, source));
-    struct Closer
-    {
-        int fd;
-        ~Closer() { ::close(fd); }
-    } closer {in};
-    struct stat sourceInfo {};
-    if (::fstat(in, &sourceInfo) != 0)
-        return unexpected(sourceError(errno, source));
-    // A pipe or a device would block the reader or never end.
-    if (!S_ISREG(sourceInfo.st_mode))
-        return unexpected(Error {ErrorCode::SourceUnreadable, u"not a regular file: "_s + source});
-    ::fcntl(in, F_SETFL, ::fcntl(in, F_GETFL) & ~O_NONBLOCK);
-    // Copying a file onto itself would at best replace it with itself.
-    if (fileIdentity(target) == identityOf(sourceInfo))
-        return {};
-
-    const QFileInfo info(target);
-    auto folder = TargetFolder::open(info.absolutePath(), TargetFolder::Creation::ExistingOnly);
-    if (!folder)
-        return unexpected(folder.error());
-    auto pending = folder->createPending();
-    if (!pending)
-        return unexpected(pending.error());
-    QByteArray buffer(1 << 20, Qt::Uninitialized);
-    for (;;) {
-        const ssize_t got = ::read(in, buffer.data(), size_t(buffer.size()));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            return unexpected(sourceError(errno, source));
-        if (got == 0)
-            break;
-        if (auto written = pending->write(QByteArrayView(buffer.constData(), got)); !written)
-            return written;
-    }
-    return folder->commit(*pending, info.fileName());
-}
-
 } // namespace valtrona::files

@@ -33,9 +33,16 @@ bool statPath(const QString &path, struct stat &info)
     return ::stat(encoded(path).constData(), &info) == 0;
 }
 
-TrashError trashError(TrashError::Code code, const QString &message)
+// Nothing to move: an empty path or no entry there.
+Error missing(const QString &message)
 {
-    return TrashError{code, message};
+    return Error {ErrorCode::SourceMissing, message};
+}
+
+// The trash, the target of the move, cannot take the item.
+Error refused(const QString &message)
+{
+    return Error {ErrorCode::TargetNotWritable, message};
 }
 
 QString parentOf(const QString &path)
@@ -140,15 +147,16 @@ bool copyTree(const QString &from, const QString &to)
             if (!copyTree(from + QLatin1Char('/') + name, to + QLatin1Char('/') + name))
                 return false;
         }
+        // The copy is whole even where its permissions or time cannot be set.
         ::chmod(encoded(to).constData(), info.st_mode & 07777);
-        setFileTimes(to, modified, LastWriteTime);
+        static_cast<void>(setFileTimes(to, modified, LastWriteTime));
         return true;
     }
     if (!S_ISREG(info.st_mode))
         return false;
     if (!QFile::copy(from, to))
         return false;
-    setFileTimes(to, modified, LastWriteTime);
+    static_cast<void>(setFileTimes(to, modified, LastWriteTime));
     return true;
 }
 
@@ -232,28 +240,28 @@ QString homeTrashDirectory()
     return removeTrailingSeparator(dataHome) + QStringLiteral("/Trash");
 }
 
-Expected<TrashedItem, TrashError> moveToTrashAt(const QString &path, const TrashLocation &trash)
+Expected<TrashedItem, Error> moveToTrashAt(const QString &path, const TrashLocation &trash)
 {
     const QString p = removeTrailingSeparator(path);
     if (p.isEmpty())
-        return unexpected(trashError(TrashError::Code::EmptyPath, QStringLiteral("empty path")));
+        return unexpected(missing(QStringLiteral("empty path")));
     struct stat item {};
     if (!lstatPath(p, item))
-        return unexpected(trashError(TrashError::Code::NotFound, QStringLiteral("no such file: ") + p));
+        return unexpected(missing(QStringLiteral("no such file: ") + p));
     const QString original = originalLocation(p);
     if (original.isEmpty() || original == u"/")
-        return unexpected(trashError(TrashError::Code::MoveFailed, QStringLiteral("cannot trash: ") + p));
+        return unexpected(refused(QStringLiteral("cannot trash: ") + p));
 
     const QString filesDir = trash.path + QStringLiteral("/files");
     const QString infoDir = trash.path + QStringLiteral("/info");
     if (!makePrivatePath(filesDir) || !makePrivatePath(infoDir))
-        return unexpected(trashError(TrashError::Code::NoTrash, QStringLiteral("cannot create trash in ") + trash.path));
+        return unexpected(refused(QStringLiteral("cannot create trash in ") + trash.path));
 
     // A directory may not go into a trash that lies inside it.
     const QString trashCanonical = QFileInfo(trash.path).canonicalFilePath();
     if (S_ISDIR(item.st_mode)
         && (trashCanonical == original || trashCanonical.startsWith(original + QLatin1Char('/')))) {
-        return unexpected(trashError(TrashError::Code::MoveFailed, QStringLiteral("the trash lies inside ") + p));
+        return unexpected(refused(QStringLiteral("the trash lies inside ") + p));
     }
 
     const QString name = QFileInfo(original).fileName();
@@ -268,13 +276,13 @@ Expected<TrashedItem, TrashError> moveToTrashAt(const QString &path, const Trash
         if (fd < 0) {
             if (errno == EEXIST)
                 continue;
-            return unexpected(trashError(TrashError::Code::NoTrash, QStringLiteral("cannot write ") + infoPath));
+            return unexpected(refused(QStringLiteral("cannot write ") + infoPath));
         }
         const bool written = writeAll(fd, info);
         const bool closed = ::close(fd) == 0;
         if (!written || !closed) {
             ::unlink(encoded(infoPath).constData());
-            return unexpected(trashError(TrashError::Code::NoTrash, QStringLiteral("cannot write ") + infoPath));
+            return unexpected(refused(QStringLiteral("cannot write ") + infoPath));
         }
         struct stat existing {};
         if (lstatPath(trashedPath, existing)) {
@@ -288,7 +296,7 @@ Expected<TrashedItem, TrashError> moveToTrashAt(const QString &path, const Trash
         if (errno != EXDEV) {
             const QString why = QString::fromLocal8Bit(::strerror(errno));
             ::unlink(encoded(infoPath).constData());
-            return unexpected(trashError(TrashError::Code::MoveFailed, why + QStringLiteral(": ") + p));
+            return unexpected(refused(why + QStringLiteral(": ") + p));
         }
 
         // Another file system: copy, and remove the original only when the
@@ -296,31 +304,31 @@ Expected<TrashedItem, TrashError> moveToTrashAt(const QString &path, const Trash
         if (!copyTree(p, trashedPath)) {
             removeTree(trashedPath);
             ::unlink(encoded(infoPath).constData());
-            return unexpected(trashError(TrashError::Code::MoveFailed, QStringLiteral("cannot copy into the trash: ") + p));
+            return unexpected(refused(QStringLiteral("cannot copy into the trash: ") + p));
         }
         if (!S_ISDIR(item.st_mode)) {
             if (::unlink(encoded(p).constData()) != 0) {
                 removeTree(trashedPath);
                 ::unlink(encoded(infoPath).constData());
-                return unexpected(trashError(TrashError::Code::MoveFailed, QStringLiteral("cannot remove ") + p));
+                return unexpected(refused(QStringLiteral("cannot remove ") + p));
             }
         } else if (!QDir(p).removeRecursively()) {
             // Part of the tree is gone; its only copy is in the trash now.
-            return unexpected(trashError(TrashError::Code::MoveFailed, QStringLiteral("partly removed: ") + p));
+            return unexpected(refused(QStringLiteral("partly removed: ") + p));
         }
         return TrashedItem{trashedPath, infoPath};
     }
-    return unexpected(trashError(TrashError::Code::NoTrash, QStringLiteral("no free name in the trash for ") + name));
+    return unexpected(refused(QStringLiteral("no free name in the trash for ") + name));
 }
 
-Expected<TrashedItem, TrashError> moveToTrash(const QString &path)
+Expected<TrashedItem, Error> moveToTrash(const QString &path)
 {
     const QString p = removeTrailingSeparator(path);
     if (p.isEmpty())
-        return unexpected(trashError(TrashError::Code::EmptyPath, QStringLiteral("empty path")));
+        return unexpected(missing(QStringLiteral("empty path")));
     struct stat item {};
     if (!lstatPath(p, item))
-        return unexpected(trashError(TrashError::Code::NotFound, QStringLiteral("no such file: ") + p));
+        return unexpected(missing(QStringLiteral("no such file: ") + p));
 
     const QString home = homeTrashDirectory();
     if (deviceOf(home) == item.st_dev)
@@ -330,7 +338,7 @@ Expected<TrashedItem, TrashError> moveToTrash(const QString &path)
     struct stat parentInfo {};
     if (S_ISDIR(item.st_mode) && statPath(parentOf(original), parentInfo) && parentInfo.st_dev != item.st_dev) {
         // A mount point: its contents are not ours to move or copy away.
-        return unexpected(trashError(TrashError::Code::MoveFailed, QStringLiteral("is a mount point: ") + p));
+        return unexpected(refused(QStringLiteral("is a mount point: ") + p));
     }
     const QString top = mountTopOf(parentOf(original), item.st_dev);
     struct stat topInfo {};
@@ -338,7 +346,7 @@ Expected<TrashedItem, TrashError> moveToTrash(const QString &path)
     if (!original.isEmpty() && statPath(top, topInfo) && topInfo.st_dev == item.st_dev) {
         const QString topTrash = topDirectoryTrash(top);
         if (!topTrash.isEmpty()) {
-            Expected<TrashedItem, TrashError> moved = moveToTrashAt(p, TrashLocation{topTrash, top});
+            Expected<TrashedItem, Error> moved = moveToTrashAt(p, TrashLocation{topTrash, top});
             if (moved.has_value())
                 return moved;
         }

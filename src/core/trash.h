@@ -3,23 +3,12 @@
 // Deletion into the desktop trash (the freedesktop.org trash layout), so a
 // deleted source can be restored from the file manager.
 
+#include "core/error.h"
 #include "core/expected.h"
 
 #include <QString>
 
 namespace valtrona::files {
-
-struct TrashError
-{
-    enum class Code {
-        EmptyPath,     ///< nothing was asked for
-        NotFound,      ///< the path names no file, directory or link
-        NoTrash,       ///< no usable trash directory could be found or created
-        MoveFailed,    ///< the item could not be moved (or copied) into the trash
-    };
-    Code code = Code::NotFound;
-    QString message;
-};
 
 /// Where an item went.
 struct TrashedItem
@@ -46,12 +35,14 @@ QString homeTrashDirectory();
 /// when neither can be used is it copied into the home trash and then
 /// removed. Missing trash directories are created. The .trashinfo is written
 /// first and names a unique entry, so two items with the same name never meet.
-Expected<TrashedItem, TrashError> moveToTrash(const QString &path);
+/// Errors: SourceMissing (an empty path, or nothing there), TargetNotWritable
+/// (no usable trash, or the item cannot go into it).
+[[nodiscard]] Expected<TrashedItem, Error> moveToTrash(const QString &path);
 
 /// Moves the item into the given trash directory, creating it when missing,
 /// without choosing one by file system (copy and delete when a rename across
 /// file systems is needed).
-Expected<TrashedItem, TrashError> moveToTrashAt(const QString &path, const TrashLocation &trash);
+[[nodiscard]] Expected<TrashedItem, Error> moveToTrashAt(const QString &path, const TrashLocation &trash);
 
 /// The program's deletion call: -1 for an empty path (nothing done), 0 when
 /// the item went to the trash, 1 otherwise. Never asks and never reports.

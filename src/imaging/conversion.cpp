@@ -2,20 +2,18 @@
 #include "imaging/imaging.h"
 #include "imaging/imaging_p.h"
 #include "imaging/jpegheader.h"
+#include "imaging/outputwriter_p.h"
+#include "imaging/sourcefile_p.h"
 
 #include "core/targetfolder.h"
 
-#include <QFile>
 #include <QSize>
 
 #include <algorithm>
 #include <cerrno>
 #include <limits>
-#include <memory>
 #include <optional>
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <vips/vips8>
@@ -23,6 +21,13 @@
 using namespace Qt::StringLiterals;
 
 namespace valtrona::imaging {
+
+using detail::cancelledError;
+using detail::isRequested;
+using detail::libraryMessage;
+using detail::Loader;
+using detail::OutputWriter;
+using detail::SourceFile;
 
 namespace {
 
@@ -44,215 +49,6 @@ constexpr int kMaxJpegSide = 65500;
 // "Exif" and two zero bytes, in front of the TIFF structure in a JPEG's
 // EXIF segment.
 constexpr qsizetype kExifIdentifierLength = 6;
-
-bool isRequested(const std::atomic_bool *flag)
-{
-    return flag != nullptr && flag->load(std::memory_order_relaxed);
-}
-
-Error cancelledError()
-{
-    return {ErrorCode::Internal, u"cancelled"_s};
-}
-
-QString libraryMessage(const vips::VError &error)
-{
-    vips_error_clear();
-    return QString::fromUtf8(error.what()).trimmed();
-}
-
-bool procFileSystemPresent()
-{
-    static const bool present = ::access("/proc/self/fd", F_OK) == 0;
-    return present;
-}
-
-// A source file, opened once by us: the error codes come from the system's
-// own answer, and every later read reaches this very file, whatever happens
-// to its name meanwhile. The library reads it through sources of its own
-// (each with its own position) or, for loaders that only take names,
-// through the descriptor's name under /proc.
-class SourceFile
-{
-public:
-    explicit SourceFile(const std::atomic_bool *cancel) : m_cancel(cancel) {}
-    ~SourceFile()
-    {
-        if (m_fd >= 0)
-            ::close(m_fd);
-    }
-    SourceFile(const SourceFile &) = delete;
-    SourceFile &operator=(const SourceFile &) = delete;
-
-    [[nodiscard]] Expected<void, Error> open(const QString &path)
-    {
-        m_path = path;
-        const QByteArray native = QFile::encodeName(path);
-        // Opened without waiting: a pipe at the name must not block.
-        do {
-            m_fd = ::open(native.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-        } while (m_fd < 0 && errno == EINTR);
-        if (m_fd < 0)
-            return unexpected(sourceError(errno, path));
-        struct stat info {};
-        if (::fstat(m_fd, &info) != 0)
-            return unexpected(sourceError(errno, path));
-        if (!S_ISREG(info.st_mode))
-            return unexpected(Error {ErrorCode::SourceUnreadable, u"not a regular file: "_s + path});
-        ::fcntl(m_fd, F_SETFL, ::fcntl(m_fd, F_GETFL) & ~O_NONBLOCK);
-        m_size = qint64(info.st_size);
-        return {};
-    }
-
-    int descriptor() const { return m_fd; }
-    qint64 size() const { return m_size; }
-    bool cancelRequested() const { return isRequested(m_cancel); }
-
-    /// The errno of a failed read, 0 when none failed.
-    int readErrno() const { return m_readErrno.load(); }
-    Error readError() const { return sourceError(readErrno(), m_path); }
-
-    /// A new library source over the file, reading from its start.
-    vips::VSource newSource();
-
-    /// A name the library can open the same file by; empty when there is
-    /// none (the library would read a trailing "[...]" as options).
-    QByteArray libraryName() const
-    {
-        if (procFileSystemPresent())
-            return "/proc/self/fd/" + QByteArray::number(m_fd);
-        const QByteArray name = QFile::encodeName(m_path);
-        return detail::nameIsSafeForLibrary(name) ? name : QByteArray();
-    }
-
-private:
-    struct Reader
-    {
-        SourceFile *file;
-        qint64 position = 0;
-    };
-
-    static gint64 read(VipsSourceCustom *, void *buffer, gint64 length, Reader *reader);
-    static gint64 seek(VipsSourceCustom *, gint64 offset, int whence, Reader *reader);
-
-    const std::atomic_bool *m_cancel;
-    QString m_path;
-    int m_fd = -1;
-    qint64 m_size = 0;
-    std::atomic<int> m_readErrno {0};
-};
-
-gint64 SourceFile::read(VipsSourceCustom *, void *buffer, gint64 length, Reader *reader)
-{
-    SourceFile &file = *reader->file;
-    // A stop request ends the decoding at its next read.
-    if (file.cancelRequested())
-        return -1;
-    for (;;) {
-        const ssize_t got = ::pread(file.m_fd, buffer, size_t(length), off_t(reader->position));
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0) {
-            file.m_readErrno.store(errno);
-            return -1;
-        }
-        reader->position += got;
-        return got;
-    }
-}
-
-gint64 SourceFile::seek(VipsSourceCustom *, gint64 offset, int whence, Reader *reader)
-{
-    qint64 base = 0;
-    if (whence == SEEK_CUR) {
-        base = reader->position;
-    } else if (whence == SEEK_END) {
-        struct stat info {};
-        if (::fstat(reader->file->m_fd, &info) != 0)
-            return -1;
-        base = qint64(info.st_size);
-    } else if (whence != SEEK_SET) {
-        return -1;
-    }
-    if (base + offset < 0)
-        return -1;
-    reader->position = base + offset;
-    return reader->position;
-}
-
-vips::VSource SourceFile::newSource()
-{
-    VipsSourceCustom *custom = vips_source_custom_new();
-    auto *reader = new Reader {this};
-    auto freeReader = [](gpointer data, GClosure *) { delete static_cast<Reader *>(data); };
-    g_signal_connect_data(custom, "read", G_CALLBACK(&SourceFile::read), reader, freeReader, GConnectFlags(0));
-    g_signal_connect(custom, "seek", G_CALLBACK(&SourceFile::seek), reader);
-    return vips::VSource(VIPS_SOURCE(custom));
-}
-
-// The loader the library picked for a file: by its content, never by a name.
-struct Loader
-{
-    QByteArray name;         ///< the library's nickname ("jpegload_source", "magickload", ...)
-    bool fromSource = false; ///< reads through a source; otherwise only by file name
-
-    bool isJpeg() const { return name.startsWith("jpegload"); }
-    bool isPng() const { return name.startsWith("pngload"); }
-};
-
-QByteArray nicknameOf(const char *typeName)
-{
-    const char *nickname = vips_nickname_find(g_type_from_name(typeName));
-    return nickname != nullptr ? QByteArray(nickname) : QByteArray(typeName);
-}
-
-Expected<Loader, Error> findLoader(SourceFile &file)
-{
-    for (;;) {
-        const bool allFormats = detail::formatModulesLoaded();
-        if (const char *type = vips_foreign_find_load_source(file.newSource().get_source()))
-            return Loader {nicknameOf(type), true};
-        vips_error_clear();
-        if (file.readErrno() != 0)
-            return unexpected(file.readError());
-        // Some loaders (BMP and other formats behind ImageMagick) only take
-        // file names.
-        const QByteArray name = file.libraryName();
-        if (const char *type = name.isEmpty() ? nullptr : vips_foreign_find_load(name.constData()))
-            return Loader {nicknameOf(type), false};
-        vips_error_clear();
-        // Perhaps one of the modules' formats.
-        if (allFormats)
-            return unexpected(Error {ErrorCode::UnknownFormat, {}});
-        detail::loadFormatModules();
-    }
-}
-
-// Opens an image lazily for one top-to-bottom read: only the header is read
-// here. shrink > 1 is for JPEG only.
-Expected<vips::VImage, Error> openImage(SourceFile &file, const Loader &loader, VipsFailOn failOn, int shrink = 1)
-{
-    vips::VOption *options = vips::VImage::option()
-                                 ->set("access", VIPS_ACCESS_SEQUENTIAL)
-                                 ->set("fail_on", int(failOn));
-    if (shrink > 1)
-        options->set("shrink", shrink);
-    try {
-        vips::VImage image = loader.fromSource
-                                 ? vips::VImage::new_from_source(file.newSource(), "", options)
-                                 : vips::VImage::new_from_file(file.libraryName().constData(), options);
-        if (image.width() < 1 || image.height() < 1)
-            return unexpected(Error {ErrorCode::Damaged, u"image without pixels"_s});
-        return image;
-    } catch (const vips::VError &error) {
-        const QString message = libraryMessage(error);
-        if (file.readErrno() != 0)
-            return unexpected(file.readError());
-        if (file.cancelRequested())
-            return unexpected(cancelledError());
-        return unexpected(Error {ErrorCode::Damaged, message});
-    }
-}
 
 bool headerFlag(const vips::VImage &image, const char *name)
 {
@@ -337,155 +133,6 @@ qint64 wholeImageBytes(const vips::VImage &image, const Loader &loader, qint64 f
     return fileSize + pixelBytes;
 }
 
-// ---- The output --------------------------------------------------------------
-
-// Takes the encoder's bytes and writes them into the pending file as they
-// come. A JPEG gets the plain JFIF segment after its start marker (the
-// encoder writes none once metadata is stripped) and, when asked, the
-// source's EXIF header block in place of that start marker; the first bytes
-// are held back until that can be decided. A WebP file is held back whole
-// (its encoder hands it over in one piece at the end anyway) to set its
-// metadata: none, or the EXIF chunk asked for.
-class OutputWriter
-{
-public:
-    enum class Kind { Plain, Jpeg, Webp };
-
-    /// `exif` is the header block for a JPEG, the TIFF structure for a WebP
-    /// file; width and height are the picture's.
-    OutputWriter(files::PendingFile &file, Kind kind, QByteArray exif, QSize size, const std::atomic_bool *cancel)
-        : m_file(file), m_kind(kind), m_exif(std::move(exif)), m_size(size), m_cancel(cancel)
-    {
-    }
-
-    /// A custom target that writes through this writer.
-    vips::VTarget newTarget()
-    {
-        VipsTargetCustom *custom = vips_target_custom_new();
-        g_signal_connect(custom, "write", G_CALLBACK(&OutputWriter::onWrite), this);
-        g_signal_connect(custom, "end", G_CALLBACK(&OutputWriter::onEnd), this);
-        return vips::VTarget(VIPS_TARGET(custom));
-    }
-
-    /// Checks what can only be checked once everything is written.
-    [[nodiscard]] Expected<void, Error> finish()
-    {
-        if (m_error)
-            return unexpected(*m_error);
-        if (!m_released && !release())
-            return unexpected(*m_error);
-        // The EXIF block goes only in front of a whole JPEG, one that ends
-        // with its end marker.
-        if (m_exifCarried && m_kind == Kind::Jpeg && !(m_tail[0] == char(0xFF) && m_tail[1] == char(0xD9)))
-            return unexpected(Error {ErrorCode::Internal, u"encoder output does not end with an end marker"_s});
-        return {};
-    }
-
-    const std::optional<Error> &error() const { return m_error; }
-    bool cancelled() const { return m_cancelled; }
-
-private:
-    // Bytes of the encoded file held back before the header decision: the
-    // start marker and the next segment's marker and identifier.
-    static constexpr qsizetype kHeadLength = 10;
-
-    static gint64 onWrite(VipsTargetCustom *, const void *data, gint64 length, OutputWriter *writer)
-    {
-        return writer->write(QByteArrayView(static_cast<const char *>(data), qsizetype(length))) ? length : -1;
-    }
-
-    static int onEnd(VipsTargetCustom *, OutputWriter *writer)
-    {
-        if (!writer->m_released && !writer->release())
-            return -1;
-        return 0;
-    }
-
-    bool write(QByteArrayView bytes)
-    {
-        if (isRequested(m_cancel)) {
-            m_cancelled = true;
-            return false;
-        }
-        if (m_released)
-            return put(bytes);
-        switch (m_kind) {
-        case Kind::Plain:
-            m_released = true;
-            return put(bytes);
-        case Kind::Webp:
-            m_head.append(bytes);
-            return true;
-        case Kind::Jpeg:
-            break;
-        }
-        const qsizetype taken = std::min(bytes.size(), kHeadLength - m_head.size());
-        m_head.append(bytes.first(taken));
-        if (m_head.size() < kHeadLength)
-            return true;
-        return release() && put(bytes.sliced(taken));
-    }
-
-    // Writes what was held back: for a JPEG the start of the file, with the
-    // JFIF segment put in as every saved JPEG gets it, and the EXIF block in
-    // place of the start marker where writeExif() would put it (a JFIF or
-    // plain JPEG target); for a WebP file the whole of it with its EXIF chunk.
-    bool release()
-    {
-        m_released = true;
-        QByteArray start = m_head;
-        if (m_kind == Kind::Webp) {
-            start = detail::webpWithExifOnly(m_head, m_exif, m_size.width(), m_size.height());
-            if (start.isEmpty()) {
-                m_error = Error {ErrorCode::Internal, u"the WebP encoder wrote no WebP file"_s};
-                return false;
-            }
-            return put(start);
-        }
-        if (m_kind == Kind::Jpeg && start.size() >= 4 && start.startsWith("\xff\xd8")
-            && static_cast<unsigned char>(start.at(3)) != 0xE0)
-            start = start.left(2) + detail::jfifSegment() + start.mid(2);
-        if (m_kind == Kind::Jpeg && !m_exif.isEmpty()) {
-            const int kind = parseJpegHeader(start, false).kind;
-            if (kind == 1 || kind == 3) {
-                start = m_exif + start.mid(2);
-                m_exifCarried = true;
-            }
-        }
-        return put(start);
-    }
-
-    bool put(QByteArrayView bytes)
-    {
-        if (bytes.isEmpty())
-            return true;
-        if (auto written = m_file.write(bytes); !written) {
-            m_error = written.error();
-            return false;
-        }
-        if (bytes.size() >= 2) {
-            m_tail[0] = bytes.at(bytes.size() - 2);
-            m_tail[1] = bytes.at(bytes.size() - 1);
-        } else {
-            m_tail[0] = m_tail[1];
-            m_tail[1] = bytes.at(0);
-        }
-        return true;
-    }
-
-    files::PendingFile &m_file;
-    const Kind m_kind;
-    const QByteArray m_exif;
-    const QSize m_size;
-    const std::atomic_bool *m_cancel;
-    QByteArray m_head;
-    bool m_released = false;
-    bool m_exifCarried = false; ///< in front of a JPEG
-    bool m_cancelled = false;
-    char m_tail[2] = {0, 0};
-    std::optional<Error> m_error;
-};
-
 // Stops the pipeline computing `image` once a stop is requested.
 void stopOnCancel(const vips::VImage &image, const std::atomic_bool *cancel)
 {
@@ -510,10 +157,10 @@ struct Drawing
 
 Expected<Drawing, Error> drawingPipeline(SourceFile &file, const DrawRequest &request)
 {
-    auto loader = findLoader(file);
+    auto loader = detail::findLoader(file);
     if (!loader)
         return unexpected(loader.error());
-    auto image = openImage(file, *loader, kFailOn);
+    auto image = detail::openImage(file, *loader, kFailOn);
     if (!image)
         return unexpected(image.error());
     Drawing drawing;
@@ -529,7 +176,7 @@ Expected<Drawing, Error> drawingPipeline(SourceFile &file, const DrawRequest &re
             shrink = detail::jpegShrinkFor(std::min(double(image->width()) / width,
                                                     double(image->height()) / height));
         }
-        image = openImage(file, *loader, kJpegFailOn, shrink);
+        image = detail::openImage(file, *loader, kJpegFailOn, shrink);
         if (!image)
             return unexpected(image.error());
     }
@@ -656,14 +303,12 @@ void encode(const vips::VImage &image, const Encoder &encoder, const DrawRequest
 Expected<SourceInfo, Error> inspect(const QString &path, Orientation orientation)
 {
     if (!isStarted())
-        return unexpected(Error {ErrorCode::Internal, u"the imaging layer is not started"_s});
+        return unexpected(detail::notStartedError());
     SourceFile file(nullptr);
-    if (auto opened = file.open(path); !opened)
-        return unexpected(opened.error());
-    auto loader = findLoader(file);
+    auto loader = detail::openSource(file, path);
     if (!loader)
         return unexpected(loader.error());
-    auto image = openImage(file, *loader, kFailOn);
+    auto image = detail::openImage(file, *loader, kFailOn);
     if (!image)
         return unexpected(image.error());
     SourceInfo info;
@@ -738,7 +383,7 @@ Expected<void, Error> drawInto(const DrawRequest &request, files::PendingFile &o
     if (isRequested(request.cancel))
         return unexpected(cancelledError());
     if (!isStarted())
-        return unexpected(Error {ErrorCode::Internal, u"the imaging layer is not started"_s});
+        return unexpected(detail::notStartedError());
     const Encoder *encoder = findEncoder(request.format);
     if (encoder == nullptr)
         return unexpected(Error {ErrorCode::NoEncoder, {}});

@@ -6,13 +6,11 @@
 //
 // These functions may run on several threads at once (the layer must be
 // started; restart() and stop() only while none runs). Every failure comes
-// back as an Error value; nothing goes through checkStatus(), the reporter or
-// lastStatus().
+// back as an Error value.
 
 #include "core/error.h"
 #include "core/expected.h"
 #include "imaging/imaging.h"
-#include "imaging/picture.h"
 
 #include <QString>
 #include <QtGlobal>
@@ -25,6 +23,34 @@ class PendingFile;
 }
 
 namespace valtrona::imaging {
+
+/// How a picture is resampled. The numbers are those of the settings keys
+/// "INT", "SMT", "PXL" and "CMP" of section "JPG".
+///
+/// interpolation (INT, default 7):
+///   0 Default, 1 LowQuality, 3 Bilinear  -> bilinear kernel
+///   4 Bicubic                            -> bicubic kernel
+///   5 NearestNeighbor                    -> nearest pixel, no shrink-on-load
+///   6 HighQualityBilinear                -> bilinear kernel
+///   2 HighQuality, 7 HighQualityBicubic  -> Lanczos-3, the best downscale
+///   any other value                      -> as 7
+///   Every kernel except nearest is widened by the shrink factor when
+///   reducing, so all of them are antialiased; large JPEG downscales first
+///   shrink while decoding, never below the target size.
+/// smoothing (SMT): has no effect; it governs lines and shapes, not images.
+/// pixelOffset (PXL): has no effect; pixel centres are always at +0.5.
+/// compositingQuality (CMP): 3 (gamma corrected) resamples in linear light,
+///   every other value in sRGB as stored.
+/// compositingMode: has no effect; a picture is drawn onto an empty surface
+///   (transparency is kept for PNG and flattened onto white for JPEG).
+struct DrawModes
+{
+    int interpolation = 7;
+    int smoothing = 4;
+    int pixelOffset = 2;
+    int compositingQuality = 2;
+    int compositingMode = 0;
+};
 
 /// Formats a conversion can write. AVIF gives NoEncoder where the image
 /// library has no AV1 encoder.

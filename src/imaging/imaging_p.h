@@ -2,8 +2,8 @@
 
 // Internals shared by the imaging sources; never included by public headers.
 
+#include "imaging/conversion.h"
 #include "imaging/imaging.h"
-#include "imaging/picture.h"
 
 #include <QByteArray>
 #include <QString>
@@ -12,26 +12,13 @@
 
 #include <vips/vips8>
 
-namespace valtrona::imaging {
-
-// The pixels of a picture: sRGB, uchar, three or four bands, in memory.
-class Picture::Private
-{
-public:
-    vips::VImage image;
-};
-
-class PictureAccess
-{
-public:
-    static Picture make(vips::VImage image);
-    static const vips::VImage *image(const Picture &picture);
-};
-
-namespace detail {
+namespace valtrona::imaging::detail {
 
 /// Initialises the image library once per process; false when it cannot.
 bool ensureLibrary();
+
+/// The error of a call that needs the layer started while it is not.
+Error notStartedError();
 
 /// True once the library's format modules are loaded (or were loaded by the
 /// library itself at start).
@@ -41,44 +28,12 @@ bool formatModulesLoaded();
 /// process; the library starts without them.
 void loadFormatModules();
 
-/// Hands a message to the reporter, whether or not the layer is quiet.
-void report(const QString &title, const QString &text);
-
-/// Records the calling thread's outcome: status and library message.
-void setLast(int status, const QString &message = {});
-
-/// Records a failure, passes it to checkStatus() and returns false.
-bool fail(int status, const QString &message = {});
-
-/// Status for an image-library error message (and the file it was about).
-int statusFromVipsMessage(const QString &message);
-
-/// The library's pending error text, cleared.
-QString takeVipsError();
-
-/// Opens an image file lazily for one top-to-bottom read (header only until
-/// pixels are asked for). failOnTruncation makes a cut-off file an error
-/// instead of grey rows; shrink > 1 is for JPEG only. Formats the library
-/// reads only from named files are opened that way. Throws vips::VError.
-vips::VImage openImage(const QString &path, bool failOnTruncation, int shrink = 1);
-
-/// True when opening by name is possible for this path: the library reads a
-/// trailing "[...]" of a file name as load options.
-bool nameIsSafeForLibrary(const QByteArray &name);
-
-/// The path as the library wants it (local 8-bit file name).
-QByteArray nativePath(const QString &path);
-
-/// Writes bytes to path through a temporary file in the same directory and
-/// a rename. On failure nothing is left behind and the status is returned.
-int writeFileAtomically(const QString &path, const char *data, qint64 size);
-
 /// Warnings the image library has logged on the calling thread so far. A
 /// JPEG decoder that meets damaged data in its last strip can only say so
 /// this way, when its image is closed.
 quint64 libraryWarningCount();
 
-// ---- Drawing, shared by the picture functions and the conversion ----------
+// ---- Drawing, shared by the previews and the conversion --------------------
 
 /// The block shrink a JPEG decoder applies for a reduction by `factor`: as
 /// far as the target allows (never below it). The decoder's scaled transform
@@ -126,7 +81,7 @@ vips::VOption *encoderOptions(bool lossy, int quality, bool strip = true);
 /// marker of every JPEG written.
 QByteArray jfifSegment();
 
-// ---- EXIF, shared by the header functions and the conversion --------------
+// ---- EXIF, for the conversion ------------------------------------------------
 
 /// The header block of an Exif JPEG (kind 2, end-checked) read from an open
 /// file with positioned reads; nothing for any other file.
@@ -148,6 +103,4 @@ QByteArray exifPayload(const QByteArray &block);
 /// `webp` is not a WebP file as the encoder writes them.
 QByteArray webpWithExifOnly(const QByteArray &webp, const QByteArray &tiff, int width, int height);
 
-} // namespace detail
-
-} // namespace valtrona::imaging
+} // namespace valtrona::imaging::detail

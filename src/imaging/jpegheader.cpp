@@ -1,9 +1,5 @@
 #include "imaging/jpegheader.h"
-#include "imaging/imaging.h"
 #include "imaging/imaging_p.h"
-
-#include <QFile>
-#include <QFileInfo>
 
 #include <cerrno>
 #include <functional>
@@ -120,15 +116,6 @@ ReadAt memoryReader(const QByteArray &bytes)
         if (offset < 0 || offset >= bytes.size() || count <= 0)
             return QByteArray();
         return bytes.mid(qsizetype(offset), qsizetype(count));
-    };
-}
-
-ReadAt fileReader(QFile &file)
-{
-    return [&file](qint64 offset, qint64 count) {
-        if (offset < 0 || count <= 0 || !file.seek(offset))
-            return QByteArray();
-        return file.read(count);
     };
 }
 
@@ -389,54 +376,6 @@ void describeOutput(QByteArray &block, std::optional<int> orientation, int width
 JpegHeader parseJpegHeader(const QByteArray &bytes, bool endCheck)
 {
     return parse(memoryReader(bytes), bytes.size(), endCheck);
-}
-
-JpegHeader readJpegHeader(const QString &path, bool endCheck)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return parse(fileReader(file), file.size(), endCheck);
-}
-
-bool readExif(const QString &path, QByteArray &block)
-{
-    QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
-        return false;
-    const JpegHeader header = parse(fileReader(file), file.size(), true);
-    if (header.kind != 2 || !file.seek(0))
-        return false;
-    const QByteArray bytes = file.read(header.headerEnd);
-    if (bytes.size() != header.headerEnd)
-        return false;
-    block = bytes;
-    return true;
-}
-
-bool writeExif(const QString &path, const QByteArray &block)
-{
-    if (!QFileInfo(path).isFile())
-        return false;
-    const QByteArray header = detail::portableHeaderBlock(block);
-    if (header.isEmpty())
-        return false;
-
-    QByteArray target;
-    {
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly))
-            return false;
-        target = file.readAll();
-        if (target.size() != file.size())
-            return false;
-    }
-    const int kind = parseJpegHeader(target, true).kind;
-    if (kind != 1 && kind != 3)
-        return false;
-
-    const QByteArray combined = header + target.mid(2);
-    return detail::writeFileAtomically(path, combined.constData(), combined.size()) == Ok;
 }
 
 } // namespace valtrona::imaging

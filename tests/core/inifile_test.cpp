@@ -198,6 +198,13 @@ TEST(IniFileTest, WritesAtomicallyAndSeesOtherWriters)
     EXPECT_FALSE(QFileInfo::exists(file + u".lock"_s));
     EXPECT_EQ(QDir(sandbox.path()).entryList(QDir::Files), QStringList {u"v.ini"_s})
         << "no temporary file left behind";
+
+    // A settings file the user linked elsewhere is written where it lives.
+    const QString linked = sandbox.filePath(u"linked.ini"_s);
+    ASSERT_TRUE(QFile::link(file, linked));
+    EXPECT_TRUE(writeIniString(linked, u"Last"_s, u"Width"_s, u"800"_s));
+    EXPECT_TRUE(QFileInfo(linked).isSymLink());
+    EXPECT_EQ(readIniString(file, u"Last"_s, u"Width"_s), u"800"_s);
 }
 
 TEST(IniFileTest, LeavesWhatItCannotUseAlone)

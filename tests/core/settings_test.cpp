@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 using namespace valtrona;
 using namespace Qt::StringLiterals;
 
@@ -53,24 +55,17 @@ QByteArray firstStartFile()
 
 // What the window program does at load, in its order: presets are read
 // before the defaults are seeded.
-struct StartUp
+QList<QStringList> startUp(const QString &file)
 {
     QList<QStringList> presets;
-    LastParameters last;
-};
-
-StartUp startUp(const QString &file)
-{
-    StartUp result;
     const QStringList keys = presetKeys();
     for (const QString &key : keys) {
         QStringList names, values;
         readIniSectionPairs(file, presetSection(key), names, values);
-        result.presets.append(values);
+        presets.append(values);
     }
     seedDefaultSettings(file);
-    result.last = readLastParameters(file);
-    return result;
+    return presets;
 }
 
 TEST(SeedDefaultSettingsTest, FirstAndSecondStart)
@@ -78,15 +73,8 @@ TEST(SeedDefaultSettingsTest, FirstAndSecondStart)
     test::Sandbox sandbox;
     const QString file = sandbox.filePath(u"valtrona.ini"_s);
 
-    const StartUp first = startUp(file);
-    for (const QStringList &list : first.presets)
+    for (const QStringList &list : startUp(file))
         EXPECT_TRUE(list.isEmpty()) << "no presets before the file exists";
-    EXPECT_EQ(first.last.style, 3);
-    EXPECT_EQ(first.last.width, u"1024"_s);
-    EXPECT_EQ(first.last.height, u"768"_s);
-    EXPECT_EQ(first.last.widthUnit, 0);
-    EXPECT_EQ(first.last.heightUnit, 0);
-    EXPECT_EQ(first.last.path, QString());
     EXPECT_EQ(test::readAll(file), firstStartFile());
 
     // The second start reads the presets and leaves the file as it is.
@@ -96,12 +84,12 @@ TEST(SeedDefaultSettingsTest, FirstAndSecondStart)
         ASSERT_TRUE(f.open(QIODevice::ReadWrite));
         ASSERT_TRUE(f.setFileTime(old, QFileDevice::FileModificationTime));
     }
-    const StartUp second = startUp(file);
-    ASSERT_EQ(second.presets.size(), 4);
+    const QList<QStringList> second = startUp(file);
+    ASSERT_EQ(second.size(), 4);
     for (int list = 0; list < 4; ++list) {
-        ASSERT_EQ(second.presets.at(list).size(), 16);
+        ASSERT_EQ(second.at(list).size(), 16);
         for (int row = 0; row < 16; ++row)
-            EXPECT_EQ(second.presets.at(list).at(row), QLatin1String(shippedPresets[row][list]));
+            EXPECT_EQ(second.at(list).at(row), QLatin1String(shippedPresets[row][list]));
     }
     EXPECT_EQ(test::readAll(file), firstStartFile());
     EXPECT_EQ(QFileInfo(file).lastModified().toSecsSinceEpoch(), old.toSecsSinceEpoch())
@@ -144,49 +132,46 @@ TEST(SeedDefaultSettingsTest, NeverReplacesAnUnreadableFile)
     EXPECT_TRUE(QFileInfo(file).isDir());
 }
 
-TEST(SettingsTest, ParametersReadBackAndEditsApplyToTheNextRead)
+// Each parameter comes from its own key and goes back to it.
+TEST(SettingsTest, EachParameterHasItsOwnKey)
 {
     test::Sandbox sandbox;
-    const QString file = sandbox.filePath(u"v.ini"_s);
-    seedDefaultSettings(file);
+    const QString file = sandbox.writeFile(u"v.ini"_s,
+        "[JPG]\r\nPRZ=61\r\nINT=5\r\nSMT=3\r\nPXL=1\r\nCMP=4\r\n"
+        "[LAST]\r\nStyle=2\r\nWidth=50\r\nHeight=abc\r\nWU=1\r\nHU=7\r\nPath=/p\r\nSFOR=s\r\nREPW=r\r\n");
     const ImagingSettings imaging = readImagingSettings(file);
-    EXPECT_EQ(imaging.quality, 85);
-    EXPECT_EQ(imaging.interpolation, 7);
-    EXPECT_EQ(imaging.smoothing, 4);
-    EXPECT_EQ(imaging.pixelOffset, 2);
-    EXPECT_EQ(imaging.compositing, 2);
-
-    LastParameters p;
-    p.style = 4;
-    p.width = u"50"_s;
-    p.height = u"abc"_s;
-    p.widthUnit = 1;
-    p.path = u"/home/jörg/Bilder klein"_s;
-    p.searchFor = u" "_s;
-    p.replaceWith = u"_"_s;
-    EXPECT_TRUE(writeLastParameters(file, p));
-    const LastParameters back = readLastParameters(file);
-    EXPECT_EQ(back.style, 4);
-    EXPECT_EQ(back.height, p.height);
-    EXPECT_EQ(back.widthUnit, 1);
-    EXPECT_EQ(back.path, p.path);
-    EXPECT_EQ(back.searchFor, p.searchFor) << "a blank search text survives";
-    EXPECT_EQ(back.replaceWith, p.replaceWith);
-    EXPECT_EQ(readIniString(file, u"LAST"_s, u"Style"_s), u"4"_s);
-
-    // A change made in the settings dialog applies to the next image.
-    writeIniString(file, u"JPG"_s, u"PRZ"_s, u"60"_s);
-    EXPECT_EQ(readImagingSettings(file).quality, 60);
+    EXPECT_EQ((std::array {imaging.quality, imaging.interpolation, imaging.smoothing, imaging.pixelOffset,
+                           imaging.compositing}),
+              (std::array {61, 5, 3, 1, 4}));
+    const LastParameters read = readLastParameters(file);
+    EXPECT_EQ((std::array {read.style, read.widthUnit, read.heightUnit}), (std::array {2, 1, 7}));
+    EXPECT_EQ((QStringList {read.width, read.height, read.path, read.searchFor, read.replaceWith}),
+              (QStringList {u"50"_s, u"abc"_s, u"/p"_s, u"s"_s, u"r"_s}));
 
     // Photos are turned upright unless the orientation key, never seeded,
     // reads 0.
     EXPECT_TRUE(imaging.upright);
     for (const auto &[value, upright] : {std::pair {u"0"_s, false}, std::pair {u" 0 "_s, false},
-                                         std::pair {u"1"_s, true}, std::pair {u""_s, true},
-                                         std::pair {u"nein"_s, true}, std::pair {u"00"_s, true}}) {
+                                         std::pair {u"1"_s, true}, std::pair {u"nein"_s, true},
+                                         std::pair {u"00"_s, true}}) {
         writeIniString(file, u"JPG"_s, u"ORI"_s, value);
         EXPECT_EQ(readImagingSettings(file).upright, upright) << value.toStdString();
     }
+
+    LastParameters p;
+    p.style = 4;
+    p.width = u"800"_s;
+    p.height = u"600"_s;
+    p.widthUnit = 1;
+    p.heightUnit = 0;
+    p.path = u"/home/jörg/Bilder klein"_s;
+    p.searchFor = u" "_s;
+    p.replaceWith = u"_"_s;
+    const QString written = sandbox.filePath(u"w.ini"_s);
+    EXPECT_TRUE(writeLastParameters(written, p));
+    EXPECT_EQ(test::readAll(written), "[Last]\r\nStyle=4\r\nWidth=800\r\nHeight=600\r\nWU=1\r\nHU=0\r\n"
+                                      "Path=/home/j\xC3\xB6rg/Bilder klein\r\nSFOR=\" \"\r\nREPW=_\r\n"_ba);
+    EXPECT_EQ(readLastParameters(written).searchFor, u" "_s) << "a blank search text survives";
 }
 
 TEST(SettingsPathTest, FollowsTheExecutableName)

@@ -71,7 +71,7 @@ TEST_F(Trash, FileIsRecoverableWithItsTrashInfo)
     const QDateTime before = QDateTime::currentDateTime().addSecs(-1);
 
     const auto trashed = files::moveToTrash(source);
-    ASSERT_TRUE(trashed.has_value()) << trashed.error().message.toStdString();
+    ASSERT_TRUE(trashed.has_value()) << trashed.error().detail.toStdString();
     EXPECT_FALSE(QFileInfo::exists(source));
     EXPECT_EQ(trashed->trashedPath, trashDir() + QStringLiteral("/files/") + name);
     EXPECT_EQ(trashed->infoPath, trashDir() + QStringLiteral("/info/") + name + QStringLiteral(".trashinfo"));
@@ -116,7 +116,7 @@ TEST_F(Trash, LongNamesAreShortenedToFitTheInfoFile)
     for (const char *dir : {"a", "b"}) {
         const QString source = m_work.writeFile(QString::fromLatin1(dir) + QLatin1Char('/') + name, dir);
         const auto trashed = files::moveToTrash(source);
-        ASSERT_TRUE(trashed.has_value()) << trashed.error().message.toStdString();
+        ASSERT_TRUE(trashed.has_value()) << trashed.error().detail.toStdString();
         const QString trashedName = QFileInfo(trashed->trashedPath).fileName();
         EXPECT_LE(QFile::encodeName(trashedName).size() + 10, 255);
         EXPECT_TRUE(trashedName.endsWith(QStringLiteral(".jpeg")));
@@ -152,14 +152,14 @@ TEST_F(Trash, RefusesWhatCannotGo)
 
     const auto missing = files::moveToTrash(m_work.filePath(QStringLiteral("fehlt.jpg")));
     ASSERT_FALSE(missing.has_value());
-    EXPECT_EQ(missing.error().code, files::TrashError::Code::NotFound);
+    EXPECT_EQ(missing.error().code, valtrona::ErrorCode::SourceMissing);
 
     // A directory that holds the trash itself stays where it is.
     const QString source = m_work.writeFile(QStringLiteral("eins.jpg"), "1");
     ASSERT_EQ(files::deleteToRecycleBin(source), 0);
     const auto holder = files::moveToTrash(m_home.filePath(QStringLiteral("noch")));
     ASSERT_FALSE(holder.has_value());
-    EXPECT_EQ(holder.error().code, files::TrashError::Code::MoveFailed);
+    EXPECT_EQ(holder.error().code, valtrona::ErrorCode::TargetNotWritable);
     EXPECT_TRUE(QFileInfo::exists(trashDir() + QStringLiteral("/files/eins.jpg")));
 }
 

@@ -1,5 +1,8 @@
 #include "fixtures.h"
 
+#include "core/targetfolder.h"
+#include "imaging/imaging.h"
+
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -72,6 +75,18 @@ QString writeWithVips(const QString &path, const PixelBuffer &image, const QStri
 
 namespace {
 
+// CRC-32 as PNG chunks use it.
+quint32 crc32(const QByteArray &bytes)
+{
+    quint32 crc = 0xFFFFFFFFu;
+    for (const char byte : bytes) {
+        crc ^= static_cast<unsigned char>(byte);
+        for (int k = 0; k < 8; ++k)
+            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
+    }
+    return ~crc;
+}
+
 // Resamples one axis: `count` lines of `length` samples, `stride` apart,
 // each sample `step` apart, into `target` samples.
 std::vector<double> resampleAxis(const std::vector<double> &in, int length, int target, int count,
@@ -135,9 +150,28 @@ PixelBuffer pixelsOf(const imaging::RgbaImage &image)
     return {image.pixels, image.width, image.height, 4};
 }
 
-PixelBuffer pixelsOf(const imaging::Picture &picture)
+PixelBuffer decoded(const QString &path)
 {
-    return pixelsOf(picture.toRgba());
+    const imaging::Orientation shown = imaging::orientation();
+    imaging::setOrientation(imaging::Orientation::Stored);
+    const auto image = imaging::loadPreview(path, 0, 0);
+    imaging::setOrientation(shown);
+    return image ? pixelsOf(*image) : PixelBuffer {};
+}
+
+Expected<QString, Error> drawToFile(const imaging::DrawRequest &request, const QString &folder, const QString &name)
+{
+    auto target = files::TargetFolder::open(folder);
+    if (!target)
+        return unexpected(target.error());
+    auto pending = target->createPending();
+    if (!pending)
+        return unexpected(pending.error());
+    if (auto drawn = imaging::drawInto(request, *pending); !drawn)
+        return unexpected(drawn.error());
+    if (auto committed = target->commit(*pending, name); !committed)
+        return unexpected(committed.error());
+    return QString(target->path() + u'/' + name);
 }
 
 PixelBuffer firstChannels(const PixelBuffer &image, int channels)
@@ -148,17 +182,6 @@ PixelBuffer firstChannels(const PixelBuffer &image, int channels)
     for (qsizetype p = 0; p < pixels; ++p)
         result.bytes.append(image.bytes.constData() + p * image.channels, channels);
     return result;
-}
-
-quint32 crc32(const QByteArray &bytes)
-{
-    quint32 crc = 0xFFFFFFFFu;
-    for (const char byte : bytes) {
-        crc ^= static_cast<unsigned char>(byte);
-        for (int k = 0; k < 8; ++k)
-            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
-    }
-    return ~crc;
 }
 
 QByteArray pngClaiming(quint32 width, quint32 height, bool interlaced)

@@ -2,9 +2,13 @@
 
 // Test images for the imaging tests: synthetic pixels, files written without
 // the layer under test (plain PPM, or the libvips command-line tools), a
-// plain reference resample, and the layer's pictures as comparable buffers.
+// plain reference resample, and drawings and decoded files as comparable
+// buffers.
 
-#include "imaging/picture.h"
+#include "core/error.h"
+#include "core/expected.h"
+#include "imaging/conversion.h"
+#include "imaging/preview.h"
 #include "support/imagecompare.h"
 
 #include <QByteArray>
@@ -34,15 +38,19 @@ QString writeWithVips(const QString &path, const PixelBuffer &image, const QStri
 /// interpolation between pixel centres when enlarging, each axis on its own.
 PixelBuffer referenceResample(const PixelBuffer &image, int width, int height);
 
-/// The picture's pixels as 4-channel RGBA.
-PixelBuffer pixelsOf(const imaging::Picture &picture);
+/// The image's pixels as 4-channel RGBA.
 PixelBuffer pixelsOf(const imaging::RgbaImage &image);
+
+/// The pixels of an image file as they are stored (not turned), as 4-channel
+/// RGBA; an empty buffer when it cannot be read.
+PixelBuffer decoded(const QString &path);
+
+/// Draws into the file `name` of `folder` (created when missing): its path.
+Expected<QString, Error> drawToFile(const imaging::DrawRequest &request, const QString &folder,
+                                    const QString &name);
 
 /// Keeps only the first `channels` channels of every pixel.
 PixelBuffer firstChannels(const PixelBuffer &image, int channels);
-
-/// CRC-32 as PNG chunks use it.
-quint32 crc32(const QByteArray &bytes);
 
 /// An RGB PNG whose header claims width x height (interlaced or not),
 /// followed by an image data chunk that holds a single byte.

@@ -1,10 +1,10 @@
-// Every format the open dialog offers: measured from its header and drawn
-// into every output format a run writes, with the pixels of the source.
+// Every format the open dialog offers, and every colour encoding: measured
+// from its header and drawn into every output format a run writes, with the
+// colours of the source.
 
 #include "core/targetfolder.h"
 #include "imaging/conversion.h"
 #include "imaging/imaging.h"
-#include "imaging/picture.h"
 #include "fixtures.h"
 #include "support/testsupport.h"
 
@@ -49,7 +49,6 @@ constexpr OutputFormat kOutputs[] = {
 TEST(InputFormats, EachIsMeasuredAndDrawnIntoEveryOutputFormat)
 {
     ASSERT_TRUE(imaging::start());
-    imaging::setQuiet(true);
     Sandbox sandbox;
     auto folder = files::TargetFolder::open(sandbox.filePath(u"out"_s));
     ASSERT_TRUE(folder.has_value());
@@ -60,11 +59,7 @@ TEST(InputFormats, EachIsMeasuredAndDrawnIntoEveryOutputFormat)
         const QString suffix = QString::fromLatin1(in.suffix);
         const QString path = writeWithVips(sandbox.filePath(u"source."_s + suffix), source,
                                            QString::fromLatin1(in.saveOptions));
-        int width = 0;
-        int height = 0;
-        EXPECT_TRUE(imaging::measure(path, width, height)) << in.suffix;
-        EXPECT_EQ(width, 96) << in.suffix;
-        EXPECT_EQ(height, 64) << in.suffix;
+        EXPECT_EQ(imaging::measure(path).value_or({}), QSize(96, 64)) << in.suffix;
 
         for (const OutputFormat &out : kOutputs) {
             const QString name = suffix + QString::fromLatin1(out.suffix);
@@ -79,9 +74,77 @@ TEST(InputFormats, EachIsMeasuredAndDrawnIntoEveryOutputFormat)
             const auto drawn = imaging::drawInto(request, *pending);
             ASSERT_TRUE(drawn.has_value()) << in.suffix << " to " << out.suffix << ": " << qPrintable(drawn.error().detail);
             ASSERT_TRUE(folder->commit(*pending, name, {}).has_value());
-            const PixelBuffer pixels = firstChannels(pixelsOf(imaging::pictureFromFile(folder->path() + u'/' + name)), 3);
+            const PixelBuffer pixels = firstChannels(decoded(folder->path() + u'/' + name), 3);
             EXPECT_GT(psnr(pixels, expected), in.minPsnr - out.psnrLoss) << in.suffix << " to " << out.suffix;
         }
+    }
+}
+
+// Four rows of one colour each, eight pixels wide.
+PixelBuffer colourRows(const int (&rgb)[4][3])
+{
+    PixelBuffer image = solidImage(8, 4, 0, 0, 0);
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 8; ++x)
+            for (int c = 0; c < 3; ++c)
+                image.bytes[(y * 8 + x) * 3 + c] = char(rgb[y][c]);
+    return image;
+}
+
+// Whatever colour encoding a source has (a wide-gamut profile, CMYK with or
+// without a profile, 16 bits, grey), the output holds its colours as 8-bit
+// sRGB. The CMYK colours lie inside the CMYK gamut, so only the conversion's
+// own rounding remains; an inverted or misread CMYK file is off by far more.
+TEST(ColourEncodings, ComeOutAsEightBitSrgb)
+{
+    ASSERT_TRUE(imaging::start());
+    Sandbox sandbox;
+    const int saturated[4][3] = {{255, 0, 0}, {0, 200, 0}, {30, 60, 220}, {128, 128, 128}};
+    const int inCmykGamut[4][3] = {{180, 120, 90}, {90, 140, 110}, {100, 110, 160}, {128, 128, 128}};
+    const PixelBuffer bright = colourRows(saturated);
+    const PixelBuffer muted = colourRows(inCmykGamut);
+    const QString brightPpm = sandbox.filePath(u"bright.ppm"_s);
+    const QString mutedPpm = sandbox.filePath(u"muted.ppm"_s);
+    const QString greyPgm = sandbox.filePath(u"grey.pgm"_s);
+    writePnm(brightPpm, bright);
+    writePnm(mutedPpm, muted);
+    writePnm(greyPgm, firstChannels(muted, 1));
+    PixelBuffer grey {QByteArray(), 8, 4, 3};
+    for (const char value : firstChannels(muted, 1).bytes)
+        grey.bytes.append(value).append(value).append(value);
+
+    auto made = [&](const QString &name, const QStringList &arguments) {
+        const QString path = sandbox.filePath(name);
+        EXPECT_TRUE(runTool(u"vips"_s, QStringList(arguments).replaceInStrings(u"@"_s, path))) << qPrintable(name);
+        return path;
+    };
+    const QString p3 = made(u"p3.png"_s, {u"icc_transform"_s, brightPpm, u"@"_s, u"p3"_s, u"--input-profile"_s, u"srgb"_s});
+    const QString cmyk = made(u"cmyk.jpg"_s, {u"colourspace"_s, mutedPpm, u"@[Q=100]"_s, u"cmyk"_s});
+    const struct
+    {
+        QString source;
+        const PixelBuffer &colours;
+        int maxDifference;
+        double meanDifference;
+    } cases[] = {
+        {p3, bright, 8, 1.5},
+        {made(u"p3.jpg"_s, {u"copy"_s, p3, u"@[Q=100,subsample-mode=off]"_s}), bright, 8, 1.5},
+        {cmyk, muted, 12, 6.0},
+        {made(u"bare-cmyk.jpg"_s, {u"copy"_s, cmyk, u"@[Q=100,strip]"_s}), muted, 12, 6.0},
+        {made(u"deep.png"_s, {u"colourspace"_s, mutedPpm, u"@"_s, u"rgb16"_s}), muted, 1, 0.5},
+        {greyPgm, grey, 1, 0.1},
+    };
+    for (const auto &c : cases) {
+        imaging::DrawRequest request;
+        request.source = c.source;
+        request.width = 8;
+        request.height = 4;
+        request.format = imaging::OutputFormat::Png;
+        request.modes.interpolation = 5;
+        const auto drawn = drawToFile(request, sandbox.filePath(u"out"_s), QFileInfo(c.source).fileName() + u".png"_s);
+        ASSERT_TRUE(drawn.has_value()) << qPrintable(c.source);
+        EXPECT_TRUE(imagesClose(firstChannels(decoded(*drawn), 3), c.colours, c.maxDifference, c.meanDifference))
+            << qPrintable(c.source);
     }
 }
 

@@ -1,16 +1,9 @@
-#include "imaging/imaging.h"
 #include "imaging/jpegheader.h"
-#include "imaging/picture.h"
-#include "fixtures.h"
-#include "support/testsupport.h"
-
-#include <QFile>
 
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
 using namespace valtrona;
-using namespace valtrona::test;
 
 namespace {
 
@@ -70,16 +63,11 @@ TEST(JpegHeaderKind, FromTheFirstMarker)
         {"start marker only", kSoi, 0, ""},
         {"cut in identifier", kSoi + QByteArray::fromHex("ffe000104a46"), 0, ""},
     };
-    Sandbox sandbox;
     for (const auto &c : cases) {
         const imaging::JpegHeader parsed = imaging::parseJpegHeader(c.bytes, false);
         EXPECT_EQ(parsed.kind, c.kind) << c.name;
         EXPECT_EQ(parsed.description, QString::fromLatin1(c.description)) << c.name;
-        const imaging::JpegHeader read = imaging::readJpegHeader(sandbox.writeFile(u"f.jpg"_s, c.bytes), false);
-        EXPECT_EQ(read.kind, c.kind) << c.name;
-        EXPECT_EQ(read.headerEnd, parsed.headerEnd) << c.name;
     }
-    EXPECT_EQ(imaging::readJpegHeader(sandbox.filePath(u"absent.jpg"_s), false).kind, 0);
 }
 
 TEST(JpegHeaderKind, EndCheck)
@@ -109,11 +97,6 @@ TEST(JpegHeaderKind, EndCheck)
         EXPECT_EQ(imaging::parseJpegHeader(c.bytes, true).kind, c.kind) << c.name;
         EXPECT_EQ(imaging::parseJpegHeader(c.bytes, false).kind, 1) << c.name;
     }
-    // The same rule on files, read from their ends.
-    Sandbox sandbox;
-    EXPECT_EQ(imaging::readJpegHeader(sandbox.writeFile(u"t.jpg"_s, head + kEoi + filler.left(20608) + 'l'), true).kind, 1);
-    EXPECT_EQ(imaging::readJpegHeader(sandbox.writeFile(u"u.jpg"_s, head + kEoi + 'l'), true).kind, 0);
-    EXPECT_EQ(imaging::readJpegHeader(sandbox.writeFile(u"v.jpg"_s, kSoi + QByteArray::fromHex("ffc0")), true).kind, 0);
 }
 
 TEST(JpegHeaderEnd, AfterTheApplicationAndCommentSegments)
@@ -139,127 +122,6 @@ TEST(JpegHeaderEnd, AfterTheApplicationAndCommentSegments)
     };
     for (const auto &c : cases)
         EXPECT_EQ(imaging::parseJpegHeader(c.bytes, true).headerEnd, c.end) << c.name;
-}
-
-class ExifCopyTest : public ::testing::Test
-{
-protected:
-    static void SetUpTestSuite()
-    {
-        ASSERT_TRUE(imaging::start());
-        imaging::setQuiet(true);
-    }
-
-    // A photo as cameras write it: Exif first, then the image.
-    QString exifPhoto(const QString &name, int width, int height)
-    {
-        const QString plain = writeWithVips(m_sandbox.filePath(u"plain-"_s + name), gradientImage(width, height),
-                                            u"[Q=90,strip]"_s);
-        const QString path = m_sandbox.filePath(name);
-        EXPECT_TRUE(runTool(u"exiftool"_s, {u"-q"_s, u"-Make=Testkamera"_s, u"-Model=VT 1"_s,
-                                            u"-DateTimeOriginal=2024:05:06 07:08:09"_s, u"-o"_s, path, plain}));
-        EXPECT_EQ(imaging::readJpegHeader(path, true).kind, 2);
-        return path;
-    }
-
-    QString converted(const QString &source, const QString &name, int width, int height)
-    {
-        const QString path = m_sandbox.filePath(name);
-        EXPECT_TRUE(imaging::saveJpeg(imaging::drawFile(source, width, height), path, 85));
-        return path;
-    }
-
-    static QByteArray exifTag(const QString &path, const QString &tag)
-    {
-        QByteArray out;
-        runTool(u"exiftool"_s, {u"-s3"_s, u"-"_s + tag, path}, &out);
-        return out.trimmed();
-    }
-
-    Sandbox m_sandbox;
-};
-
-TEST_F(ExifCopyTest, CarriesTheBlockOverAndKeepsThePixels)
-{
-    const QString source = exifPhoto(u"photo.jpg"_s, 640, 480);
-    QByteArray block;
-    ASSERT_TRUE(imaging::readExif(source, block));
-    EXPECT_EQ(block, readAll(source).left(block.size()));
-    EXPECT_EQ(block.size(), imaging::readJpegHeader(source, true).headerEnd);
-
-    const QString target = converted(source, u"small.jpg"_s, 320, 240);
-    EXPECT_EQ(imaging::readJpegHeader(target, true).kind, 1);
-    const PixelBuffer before = pixelsOf(imaging::pictureFromFile(target));
-    ASSERT_TRUE(imaging::writeExif(target, block));
-
-    EXPECT_EQ(imaging::readJpegHeader(target, true).kind, 2);
-    EXPECT_EQ(exifTag(target, u"Make"_s), QByteArray("Testkamera"));
-    EXPECT_EQ(exifTag(target, u"Model"_s), QByteArray("VT 1"));
-    EXPECT_EQ(exifTag(target, u"DateTimeOriginal"_s), QByteArray("2024:05:06 07:08:09"));
-    EXPECT_TRUE(imagesClose(pixelsOf(imaging::pictureFromFile(target)), before, 0, 0.0));
-    int width = 0;
-    int height = 0;
-    EXPECT_TRUE(imaging::measure(target, width, height));
-    EXPECT_EQ(width, 320);
-    EXPECT_EQ(height, 240);
-}
-
-TEST_F(ExifCopyTest, LeavesUnsuitableFilesAlone)
-{
-    const QString source = exifPhoto(u"photo.jpg"_s, 64, 48);
-    QByteArray block;
-    ASSERT_TRUE(imaging::readExif(source, block));
-    const QString jfif = converted(source, u"jfif.jpg"_s, 32, 24);
-    const QByteArray jfifBytes = readAll(jfif);
-
-    const QByteArray sourceBytes = readAll(source);
-    const QString cutSource = m_sandbox.writeFile(u"cut-source.jpg"_s, sourceBytes.left(sourceBytes.size() - 10));
-    for (const QString &path : {jfif, cutSource, m_sandbox.filePath(u"absent.jpg"_s)}) {
-        QByteArray unread("unchanged");
-        EXPECT_FALSE(imaging::readExif(path, unread)) << path.toStdString();
-        EXPECT_EQ(unread, QByteArray("unchanged"));
-    }
-
-    const QString exifTarget = exifPhoto(u"already.jpg"_s, 16, 16);
-    const QString png = writeWithVips(m_sandbox.filePath(u"p.png"_s), gradientImage(8, 8));
-    const QString cut = m_sandbox.writeFile(u"cut.jpg"_s, jfifBytes.left(jfifBytes.size() - 5));
-    for (const QString &target : {exifTarget, png, cut}) {
-        const QByteArray original = readAll(target);
-        EXPECT_FALSE(imaging::writeExif(target, block)) << target.toStdString();
-        EXPECT_EQ(readAll(target), original) << target.toStdString();
-    }
-    EXPECT_FALSE(imaging::writeExif(m_sandbox.filePath(u"absent.jpg"_s), block));
-    EXPECT_FALSE(QFile::exists(m_sandbox.filePath(u"absent.jpg"_s)));
-
-    const QByteArray badBlocks[] = {
-        QByteArray(),
-        QByteArray("not a header"),
-        block.mid(2),              // no start marker
-        block.left(block.size() - 3), // cut inside a segment
-        block + kBody,             // image data after the segments
-    };
-    for (const QByteArray &bad : badBlocks) {
-        EXPECT_FALSE(imaging::writeExif(jfif, bad)) << bad.size();
-        EXPECT_EQ(readAll(jfif), jfifBytes);
-    }
-}
-
-TEST_F(ExifCopyTest, LeavesTheSourceColourSegmentsOut)
-{
-    const QByteArray block = kSoi + exifSegment("Testkamera")
-                             + segment(0xE2, QByteArray("ICC_PROFILE\0\x01\x01", 14) + QByteArray(64, 'p'))
-                             + segment(0xEE, QByteArray("Adobe\0\x64\0\0\0\0\x02", 12))
-                             + segment(0xFE, "Kommentar");
-    const QString source = writeWithVips(m_sandbox.filePath(u"s.png"_s), gradientImage(40, 30));
-    const QString target = converted(source, u"t.jpg"_s, 40, 30);
-    const PixelBuffer before = pixelsOf(imaging::pictureFromFile(target));
-    ASSERT_TRUE(imaging::writeExif(target, block));
-    const QByteArray bytes = readAll(target);
-    EXPECT_FALSE(bytes.contains("ICC_PROFILE"));
-    EXPECT_FALSE(bytes.contains("Adobe"));
-    EXPECT_TRUE(bytes.contains("Kommentar"));
-    EXPECT_EQ(exifTag(target, u"Make"_s), QByteArray("Testkamera"));
-    EXPECT_TRUE(imagesClose(pixelsOf(imaging::pictureFromFile(target)), before, 0, 0.0));
 }
 
 } // namespace

@@ -2,10 +2,9 @@
 // previewed and drawn as they are shown, or as stored when asked; and the
 // EXIF data an output carries describes the output.
 
-#include "core/targetfolder.h"
 #include "imaging/conversion.h"
 #include "imaging/imaging.h"
-#include "imaging/picture.h"
+#include "imaging/preview.h"
 #include "fixtures.h"
 #include "support/testsupport.h"
 
@@ -102,26 +101,8 @@ QList<QJsonObject> exifOf(const QStringList &paths)
 class OrientationTest : public ::testing::Test
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        ASSERT_TRUE(imaging::start());
-        imaging::setQuiet(true);
-    }
+    static void SetUpTestSuite() { ASSERT_TRUE(imaging::start()); }
     void TearDown() override { imaging::setOrientation(imaging::Orientation::Upright); }
-
-    // Draws into a file of the sandbox; an empty path after a failure.
-    QString draw(const imaging::DrawRequest &request, const QString &name)
-    {
-        auto folder = files::TargetFolder::open(m_sandbox.filePath(u"out"_s));
-        EXPECT_TRUE(folder.has_value());
-        auto pending = folder->createPending();
-        EXPECT_TRUE(pending.has_value());
-        const auto drawn = imaging::drawInto(request, *pending);
-        EXPECT_TRUE(drawn.has_value()) << qPrintable(name) << ": " << qPrintable(drawn ? QString() : drawn.error().detail);
-        if (!drawn || !folder->commit(*pending, name, {}))
-            return {};
-        return m_sandbox.filePath(u"out/"_s + name);
-    }
 
     Sandbox m_sandbox;
 };
@@ -162,16 +143,13 @@ TEST_F(OrientationTest, EachOfTheEightIsShownUprightOrAsStoredWhenAsked)
             const std::string where = std::to_string(c.orientation) + (upright ? " upright" : " stored");
             imaging::setOrientation(mode);
 
-            int measuredWidth = 0;
-            int measuredHeight = 0;
-            EXPECT_TRUE(imaging::measure(source, measuredWidth, measuredHeight)) << where;
-            EXPECT_EQ(QSize(measuredWidth, measuredHeight), QSize(width, height)) << where;
+            EXPECT_EQ(imaging::measure(source).value_or({}), QSize(width, height)) << where;
             const auto info = imaging::inspect(source, mode);
             ASSERT_TRUE(info.has_value()) << where;
             EXPECT_EQ(QSize(info->width, info->height), QSize(width, height)) << where;
             EXPECT_EQ(info->orientation, upright ? c.orientation : 1) << where;
 
-            const PixelBuffer preview = pixelsOf(imaging::loadPreview(source, 0, 0));
+            const PixelBuffer preview = pixelsOf(imaging::loadPreview(source, 0, 0).value_or({}));
             EXPECT_EQ(QSize(preview.width, preview.height), QSize(width, height)) << where;
             EXPECT_STREQ(cornerName(markedCorner(preview)), cornerName(topLeft)) << where;
 
@@ -184,10 +162,12 @@ TEST_F(OrientationTest, EachOfTheEightIsShownUprightOrAsStoredWhenAsked)
             request.quality = 90;
             request.orientation = mode;
             request.carryExif = c.carryExif;
-            const QString output = draw(request, QString::fromLatin1(where).replace(u' ', u'-')
-                                                     + QLatin1StringView(suffixes[int(c.format)]));
-            ASSERT_FALSE(output.isEmpty()) << where;
-            const PixelBuffer drawn = pixelsOf(imaging::pictureFromFile(output));
+            const auto written = drawToFile(request, m_sandbox.filePath(u"out"_s),
+                                            QString::fromLatin1(where).replace(u' ', u'-')
+                                                + QLatin1StringView(suffixes[int(c.format)]));
+            ASSERT_TRUE(written.has_value()) << where << ": " << qPrintable(written.error().detail);
+            const QString output = *written;
+            const PixelBuffer drawn = decoded(output);
             EXPECT_EQ(QSize(drawn.width, drawn.height), QSize(width / 2, height / 2)) << where;
             EXPECT_STREQ(cornerName(markedCorner(drawn)), cornerName(topLeft)) << where;
             const bool carried = c.carryExif && c.format != Format::Png;

@@ -1,5 +1,5 @@
 #include "imaging/imaging.h"
-#include "imaging/picture.h"
+#include "imaging/preview.h"
 #include "fixtures.h"
 #include "support/testsupport.h"
 
@@ -14,12 +14,6 @@ namespace {
 class PreviewTest : public ::testing::Test
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        ASSERT_TRUE(imaging::start());
-        imaging::setQuiet(true);
-    }
-
     Sandbox m_sandbox;
 };
 
@@ -37,11 +31,11 @@ TEST_F(PreviewTest, FitsIntoTheBoxKeepingTheAspect)
         {0, 0, 1200, 800},    {0, 80, 120, 80},     {240, -1, 240, 160},     {1, 1, 1, 1},
     };
     for (const auto &c : cases) {
-        const imaging::RgbaImage image = imaging::loadPreview(photo, c.maxWidth, c.maxHeight);
-        ASSERT_FALSE(image.isNull()) << c.maxWidth << "x" << c.maxHeight;
-        EXPECT_EQ(image.width, c.width) << c.maxWidth << "x" << c.maxHeight;
-        EXPECT_EQ(image.height, c.height) << c.maxWidth << "x" << c.maxHeight;
-        EXPECT_EQ(image.pixels.size(), qsizetype(c.width) * c.height * 4);
+        const auto image = imaging::loadPreview(photo, c.maxWidth, c.maxHeight);
+        ASSERT_TRUE(image.has_value()) << c.maxWidth << "x" << c.maxHeight;
+        EXPECT_EQ(image->width, c.width) << c.maxWidth << "x" << c.maxHeight;
+        EXPECT_EQ(image->height, c.height) << c.maxWidth << "x" << c.maxHeight;
+        EXPECT_FALSE(image->isNull());
     }
 }
 
@@ -49,11 +43,11 @@ TEST_F(PreviewTest, ShowsThePictureFromFileOrMemory)
 {
     const PixelBuffer source = gradientImage(400, 300);
     const QString png = writeWithVips(m_sandbox.filePath(u"p.png"_s), source);
-    const imaging::RgbaImage fromFile = imaging::loadPreview(png, 200, 150);
-    const imaging::RgbaImage fromData = imaging::loadPreviewFromData(readAll(png), 200, 150);
-    EXPECT_TRUE(imagesClose(pixelsOf(fromData), pixelsOf(fromFile), 0, 0.0));
-    EXPECT_TRUE(imagesClose(firstChannels(pixelsOf(fromFile), 3), referenceResample(source, 200, 150), 8, 1.0));
-    EXPECT_EQ(channelMean(pixelsOf(fromFile), 3), 255.0); // opaque alpha added
+    const PixelBuffer fromFile = pixelsOf(imaging::loadPreview(png, 200, 150).value_or({}));
+    const PixelBuffer fromData = pixelsOf(imaging::loadPreviewFromData(readAll(png), 200, 150).value_or({}));
+    EXPECT_TRUE(imagesClose(fromData, fromFile, 0, 0.0));
+    EXPECT_TRUE(imagesClose(firstChannels(fromFile, 3), referenceResample(source, 200, 150), 8, 1.0));
+    EXPECT_EQ(channelMean(fromFile, 3), 255.0); // opaque alpha added
 
     const QString bmp = m_sandbox.filePath(u"b.bmp"_s);
     const QString ppm = m_sandbox.filePath(u"b.ppm"_s);
@@ -61,20 +55,36 @@ TEST_F(PreviewTest, ShowsThePictureFromFileOrMemory)
     ASSERT_TRUE(runTool(u"vips"_s, {u"magicksave"_s, ppm, bmp}));
     // BMP is read by a format module, which the layer loads on first need:
     // here from memory, then from a file.
-    EXPECT_TRUE(imagesClose(firstChannels(pixelsOf(imaging::loadPreviewFromData(readAll(bmp), 0, 0)), 3), source, 0, 0.0));
-    EXPECT_TRUE(imagesClose(firstChannels(pixelsOf(imaging::loadPreview(bmp, 0, 0)), 3), source, 0, 0.0));
+    const auto bmpFromData = imaging::loadPreviewFromData(readAll(bmp), 0, 0);
+    ASSERT_TRUE(bmpFromData.has_value()) << qPrintable(bmpFromData.error().detail);
+    EXPECT_TRUE(imagesClose(firstChannels(pixelsOf(*bmpFromData), 3), source, 0, 0.0));
+    EXPECT_TRUE(imagesClose(firstChannels(decoded(bmp), 3), source, 0, 0.0));
 }
 
-TEST_F(PreviewTest, BadInputGivesANullImage)
+TEST_F(PreviewTest, BadInputSaysWhatIsWrong)
 {
     const QByteArray photo = readAll(writeWithVips(m_sandbox.filePath(u"photo.jpg"_s), gradientImage(64, 48)));
-    const QByteArray inputs[] = {QByteArray(), QByteArray("kein Bild"), photo.left(30), QByteArray(100, '\xff')};
-    for (const QByteArray &bytes : inputs) {
-        EXPECT_TRUE(imaging::loadPreviewFromData(bytes, 100, 100).isNull()) << bytes.size();
-        EXPECT_TRUE(imaging::loadPreview(m_sandbox.writeFile(u"bad.jpg"_s, bytes), 100, 100).isNull()) << bytes.size();
+    const struct
+    {
+        QByteArray bytes;
+        ErrorCode code;
+    } cases[] = {
+        {QByteArray(), ErrorCode::UnknownFormat},
+        {QByteArray("kein Bild"), ErrorCode::UnknownFormat},
+        {QByteArray(100, '\xff'), ErrorCode::UnknownFormat},
+        {photo.left(30), ErrorCode::Damaged},
+        {pngClaiming(100000, 100000), ErrorCode::TooLarge},
+    };
+    for (const auto &c : cases) {
+        const auto fromData = imaging::loadPreviewFromData(c.bytes, 100, 100);
+        const auto fromFile = imaging::loadPreview(m_sandbox.writeFile(u"bad.jpg"_s, c.bytes), 100, 100);
+        ASSERT_FALSE(fromData.has_value() || fromFile.has_value()) << c.bytes.size();
+        EXPECT_EQ(int(fromData.error().code), int(c.code)) << c.bytes.size();
+        EXPECT_EQ(int(fromFile.error().code), int(c.code)) << c.bytes.size();
     }
-    EXPECT_TRUE(imaging::loadPreview(m_sandbox.filePath(u"absent.jpg"_s), 100, 100).isNull());
-    EXPECT_TRUE(imaging::loadPreview(m_sandbox.path(), 100, 100).isNull());
+    EXPECT_EQ(int(imaging::loadPreview(m_sandbox.filePath(u"absent.jpg"_s), 100, 100).error().code),
+              int(ErrorCode::SourceMissing));
+    EXPECT_EQ(int(imaging::loadPreview(m_sandbox.path(), 100, 100).error().code), int(ErrorCode::SourceUnreadable));
 }
 
 } // namespace
