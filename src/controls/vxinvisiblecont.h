@@ -4,6 +4,7 @@
 #include <QWidget>
 
 #include "controls/controlsupport.h"
+#include "controls/vxcolor.h"
 
 namespace valtrona {
 

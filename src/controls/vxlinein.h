@@ -9,6 +9,7 @@
 #include <QWidget>
 
 #include "controls/controlsupport.h"
+#include "controls/vxcolor.h"
 #include "controls/lineinput_edit.h"
 
 class QCheckBox;

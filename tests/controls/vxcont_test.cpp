@@ -209,7 +209,7 @@ protected:
 
 TEST_F(VxContFlood, TimesFollowTheClockAndAnUnchangedPercentOnlyMovesTheTime)
 {
-    cont.setFloodType(FloodTypeCode::Percent);
+    cont.setFloodType(3);
     cont.initFloodStartTime();
     QSignalSpy changed(&cont, &VxCont::floodPercentChanged);
 
@@ -237,7 +237,7 @@ TEST_F(VxContFlood, TimesFollowTheClockAndAnUnchangedPercentOnlyMovesTheTime)
 
 TEST_F(VxContFlood, StartTimeResetsTheLastUpdateAndMidnightGivesANegativeTime)
 {
-    cont.setFloodType(FloodTypeCode::Percent);
+    cont.setFloodType(3);
     clock = 86390.0;
     cont.initFloodStartTime();
     EXPECT_DOUBLE_EQ(cont.aktualFloodTime(), -86390.0) << "last update time is 0 after the start";
@@ -249,7 +249,7 @@ TEST_F(VxContFlood, StartTimeResetsTheLastUpdateAndMidnightGivesANegativeTime)
 
 TEST_F(VxContFlood, RangeTypeTakesValueMinMaxAndClamps)
 {
-    cont.setFloodType(FloodTypeCode::Range);
+    cont.setFloodType(4);
     cont.setMin(0);
     cont.setMax(8);
     cont.setValue(3);
@@ -274,7 +274,7 @@ TEST_F(VxContFlood, NoFloodTypeNeverUpdates)
 
 TEST_F(VxContFlood, UnchangedPercentCausesNoRepaint)
 {
-    cont.setFloodType(FloodTypeCode::Percent);
+    cont.setFloodType(3);
     cont.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&cont));
     cont.setFloodPercent(30);
@@ -325,7 +325,7 @@ constexpr int green = 1;
 TEST_F(VxContFlood, BarFillsInProportionAndOnlyForKnownTypes)
 {
     cont.setFloodColor(0x0000FF);
-    cont.setFloodType(FloodTypeCode::Percent);
+    cont.setFloodType(3);
     cont.setFloodPercent(50);
 
     const struct
@@ -350,7 +350,7 @@ TEST_F(VxContFlood, BarFillsInProportionAndOnlyForKnownTypes)
     cont.setFloodPercent(100);
     cont.setFloodBarType(0);
     EXPECT_TRUE(probeBar(cont, red).filledAt75);
-    cont.setFloodType(FloodTypeCode::None);
+    cont.setFloodType(-1);
     EXPECT_FALSE(probeBar(cont, red).filledAt25) << "no flood type, no bar";
 }
 
