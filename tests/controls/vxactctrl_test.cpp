@@ -294,7 +294,7 @@ TEST(VxActCtrl, TranslatedDisplaysReachTheChooserAndTerminationStopsIt)
     EXPECT_EQ(host.switcher->ctlEnumAllCaptionsInUCtl(),
               (QList<QPair<QString, QString>> {{u"CTLDisplays"_s, u"Quelldateien;Parameter;Bildverarbeitung"_s}}));
     EXPECT_TRUE(host.switcher->ctlSetUserControlLanguage(u"CTLDisplays"_s, u"Sources;Settings;Processing"_s));
-    EXPECT_EQ(host.switcher->chooserChoices().at(1).text, u"02 - Settings"_s);
+    EXPECT_EQ(host.switcher->chooserChoices().value(1).text, u"02 - Settings"_s);
 
     host.switcher->setActiveControl(1);
     EXPECT_EQ(terminateControls(&host.window), 4); // three cards and the switcher

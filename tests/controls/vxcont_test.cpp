@@ -165,7 +165,7 @@ TEST_F(VxContFlood, TimesFollowTheClockAndAnUnchangedPercentOnlyMovesTheTime)
         EXPECT_DOUBLE_EQ(cont.aktualFloodTime(), s.elapsed) << s.clock;
         EXPECT_DOUBLE_EQ(cont.aktualFloodRemainingTime(), s.remaining) << s.clock;
     }
-    EXPECT_EQ(changed.at(1).at(0).toInt(), 80);
+    EXPECT_EQ(changed.value(1).value(0).toInt(), 80);
 
     clock = 86390.0;
     cont.initFloodStartTime();

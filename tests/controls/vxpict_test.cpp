@@ -161,7 +161,7 @@ TEST_F(VxPictTest, SameNameInAnotherLetterCaseReusesTheHeldPicture)
         view.setFileName(QString::fromUtf16(s.name));
         EXPECT_EQ(loader->paths.size(), s.reads) << QString::fromUtf16(s.name).toStdString();
     }
-    EXPECT_TRUE(done.at(1).at(2).toBool()) << "not read again counts as read";
+    EXPECT_TRUE(done.value(1).value(2).toBool()) << "not read again counts as read";
     view.cls();
     EXPECT_FALSE(view.hasPicture());
     EXPECT_TRUE(view.fileName().isEmpty());
