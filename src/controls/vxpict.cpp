@@ -176,8 +176,12 @@ void VxPict::showBase64(const QByteArray &text)
 
 void VxPict::cls()
 {
-    if (refusedAtDesignTime())
-        return;
+    if (!refusedAtDesignTime())
+        forgetPicture();
+}
+
+void VxPict::forgetPicture()
+{
     m_reloadTimer.stop();
     m_fileName.clear();
     m_source = Source::None;
@@ -323,18 +327,8 @@ QList<QPair<QString, LngPropertyType>> VxPict::lngProperties() const
 
 void VxPict::terminateControl()
 {
-    m_reloadTimer.stop();
-    m_fileName.clear();
-    m_source = Source::None;
-    m_sourceData.clear();
-    m_direct = QImage();
-    m_held = QImage();
-    m_ownSize = QSize();
-    m_display = QPixmap();
-    m_shownRect = QRect();
     m_loader.reset();
-    updateToolTip();
-    update();
+    forgetPicture();
 }
 
 } // namespace valtrona

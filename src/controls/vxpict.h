@@ -316,6 +316,8 @@ private:
     /// Places the held picture again and redraws the view.
     void relayout();
     bool refusedAtDesignTime();
+    /// Drops the picture, its source and the file name, and redraws.
+    void forgetPicture();
     bool placePicture();
     void updateToolTip();
     void readAgainIfTooSmall();

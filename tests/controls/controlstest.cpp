@@ -1,5 +1,6 @@
 #include "controlstest.h"
 
+#include <QPalette>
 #include <QWidget>
 
 #include "controls/controlsupport.h"
@@ -14,6 +15,13 @@ QStringList controlMessages(const std::function<void()> &action)
     action();
     setControlMessageHandler(previous);
     return messages;
+}
+
+void fillWindow(QWidget &window, const QSize &size, const QColor &colour)
+{
+    window.resize(size);
+    window.setAutoFillBackground(true);
+    window.setPalette(QPalette(colour));
 }
 
 QImage rendered(QWidget &widget)

@@ -309,9 +309,7 @@ TEST(VxActCtrl, TranslatedDisplaysReachTheChooserAndTerminationStopsIt)
 TEST(VxInvisibleCont, DrawsNothingAtRunTimeAndAnOutlineInDesignMode)
 {
     QWidget window;
-    window.resize(60, 40);
-    window.setAutoFillBackground(true);
-    window.setPalette(QPalette(Qt::white));
+    test::fillWindow(window, {60, 40}, Qt::white);
     auto *card = new VxInvisibleCont(&window);
     card->setGeometry(10, 10, 40, 20);
     card->setBorderColor(0x0000FFu); // red as a stored colour value

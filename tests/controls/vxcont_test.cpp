@@ -304,9 +304,7 @@ TEST(VxContPainting, CaptionAlignmentAndBackStyle)
 {
     // A red window behind a white container with a black caption.
     QWidget window;
-    window.resize(300, 150);
-    window.setAutoFillBackground(true);
-    window.setPalette(QPalette(Qt::red));
+    test::fillWindow(window, {300, 150}, Qt::red);
     auto *cont = new VxCont(&window);
     cont->setGeometry(0, 0, 300, 150);
     cont->setBorderStyle(BorderStyleCode::NoBorder);

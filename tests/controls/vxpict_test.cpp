@@ -451,9 +451,7 @@ TEST(VxPictFiles, SaveDialogAsksForABitmap)
 TEST(VxPictPixels, MaskColourOnlyWithUseMaskColorAndBackgroundByBackStyle)
 {
     QWidget window;
-    window.resize(100, 100);
-    window.setAutoFillBackground(true);
-    window.setPalette(QPalette(Qt::blue));
+    test::fillWindow(window, {100, 100}, Qt::blue);
     auto *view = new VxPict(&window);
     view->resize(100, 100);
     view->setBackColor(0x00FF00); // green behind the picture
