@@ -458,6 +458,15 @@ QWidget *GalleryWindow::createCardPage()
     return page;
 }
 
+void GalleryWindow::freezeFloods(int steps)
+{
+    m_floodTimer.stop();
+    m_timedFlood->setFloodClock([this] { return m_step * 0.12; });
+    m_timedFlood->initFloodStartTime();
+    while (m_step < steps)
+        advanceFlood();
+}
+
 void GalleryWindow::advanceFlood()
 {
     ++m_step;

@@ -24,6 +24,10 @@ public:
     /// Saves every page as `<prefix>-<n>.png`, each card of the card page as
     /// `<prefix>-<n>-<card>.png`; false when one could not be written.
     bool saveScreenshots(const QString &prefix);
+    /// Stops the running floods after `steps` steps of a clock that moves
+    /// 0.12 s a step, so screenshots of two builds can be compared pixel
+    /// by pixel.
+    void freezeFloods(int steps);
 
 private:
     QWidget *createBorderPage();

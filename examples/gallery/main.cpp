@@ -74,6 +74,7 @@ int main(int argc, char **argv)
 
     if (parser.isSet(screenshot)) {
         const QString prefix = parser.value(screenshot);
+        window.freezeFloods(40);
         // Let the floods run a few steps and the pictures settle first.
         QTimer::singleShot(1500, &window, [&window, prefix] {
             QApplication::exit(window.saveScreenshots(prefix) ? 0 : 1);

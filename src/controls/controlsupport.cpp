@@ -5,7 +5,6 @@
 #include <QGuiApplication>
 #include <QHash>
 #include <QMessageBox>
-#include <QPalette>
 #include <QScreen>
 #include <QVariant>
 #include <QWidget>
@@ -70,62 +69,6 @@ ControlMessageHandler &messageHandler()
     return handler;
 }
 
-// Windows system colour indexes 0..30 mapped to the nearest palette entry.
-QColor systemColor(int index, const QPalette &palette)
-{
-    switch (index) {
-    case 0:  // scroll bar
-    case 15: // button face
-    case 22: // 3D light
-        return palette.color(QPalette::Button);
-    case 1:  // desktop
-    case 12: // application workspace
-        return palette.color(QPalette::Dark);
-    case 2:  // active caption
-    case 13: // highlight
-    case 26: // hot-tracked item
-    case 27: // active caption gradient
-        return palette.color(QPalette::Highlight);
-    case 3:  // inactive caption
-    case 10: // active border
-    case 11: // inactive border
-    case 28: // inactive caption gradient
-        return palette.color(QPalette::Mid);
-    case 4: // menu
-    case 30: // menu bar
-        return palette.color(QPalette::Window);
-    case 5: // window background
-        return palette.color(QPalette::Base);
-    case 6:  // window frame
-    case 21: // 3D dark shadow
-        return palette.color(QPalette::Shadow);
-    case 7: // menu text
-    case 9: // caption text
-        return palette.color(QPalette::WindowText);
-    case 8: // window text
-        return palette.color(QPalette::Text);
-    case 14: // highlighted text
-        return palette.color(QPalette::HighlightedText);
-    case 16: // button shadow
-        return palette.color(QPalette::Dark);
-    case 17: // grey text
-    case 19: // inactive caption text
-        return palette.color(QPalette::Disabled, QPalette::Text);
-    case 18: // button text
-        return palette.color(QPalette::ButtonText);
-    case 20: // 3D highlight
-        return palette.color(QPalette::Light);
-    case 23: // tooltip text
-        return palette.color(QPalette::ToolTipText);
-    case 24: // tooltip background
-        return palette.color(QPalette::ToolTipBase);
-    case 29: // menu highlight
-        return palette.color(QPalette::Highlight);
-    default:
-        return palette.color(QPalette::Window);
-    }
-}
-
 } // namespace
 
 int twipsToPixelsX(int twips, const QWidget *widget)
@@ -151,14 +94,6 @@ int pixelsToTwipsY(int pixels, const QWidget *widget)
 int scaledPixels(int pixels, const QWidget *widget)
 {
     return static_cast<int>(roundHalfEven(pixels * dpiX(widget) / referenceDpi));
-}
-
-QColor colorFromValue(quint32 value, const QPalette &palette)
-{
-    if (value & 0x80000000u)
-        return systemColor(static_cast<int>(value & 0xFFFFu), palette);
-    return QColor(static_cast<int>(value & 0xFFu), static_cast<int>((value >> 8) & 0xFFu),
-                  static_cast<int>((value >> 16) & 0xFFu));
 }
 
 void setControlArrayIndex(QObject *object, int index)

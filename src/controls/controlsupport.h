@@ -2,7 +2,6 @@
 
 #include <functional>
 
-#include <QColor>
 #include <QList>
 #include <QPair>
 #include <QString>
@@ -10,7 +9,6 @@
 #include "core/numeric.h"
 
 class QObject;
-class QPalette;
 class QWidget;
 
 namespace valtrona {
@@ -31,13 +29,6 @@ int pixelsToTwipsY(int pixels, const QWidget *widget);
 /// Scales a measure given in pixels of a 96-DPI screen to the widget's
 /// logical DPI, so layouts keep their proportions on larger text settings.
 int scaledPixels(int pixels, const QWidget *widget);
-
-// --- Colours ---------------------------------------------------------------
-
-/// A 32-bit colour value as stored in the controls' settings: 0x00BBGGRR, or
-/// with the top bit set an index into the system colours (0x80000005 is the
-/// window background). System colours are taken from the palette.
-QColor colorFromValue(quint32 value, const QPalette &palette);
 
 // --- Control arrays --------------------------------------------------------
 

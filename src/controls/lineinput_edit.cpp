@@ -4,6 +4,8 @@
 #include <QMimeData>
 #include <QTextCursor>
 
+#include "controls/controlproperties.h"
+
 namespace valtrona {
 
 namespace {
@@ -21,11 +23,21 @@ bool isLineBreak(QChar c)
 
 } // namespace
 
+LineInputRules::TextBoxStyle LineInputRules::kind() const
+{
+    return enumFromCode(textBoxStyle, TextBoxStyle::AnyText);
+}
+
 QString LineInputRules::clean(const QString &text, bool multiLine) const
 {
     const bool anyChar = mask.isEmpty() || mask == QLatin1String("*");
+    const TextBoxStyle style = kind();
     // Whole-string case mapping, so "ß" becomes "SS".
-    const QString source = textBoxStyle == 1 ? text.toUpper() : textBoxStyle == 2 ? text.toLower() : text;
+    QString source = text;
+    if (style == TextBoxStyle::UpperCase)
+        source = text.toUpper();
+    else if (style == TextBoxStyle::LowerCase)
+        source = text.toLower();
     QString result;
     result.reserve(source.size());
     bool separatorSeen = false;
@@ -40,16 +52,16 @@ QString LineInputRules::clean(const QString &text, bool multiLine) const
         if (!anyChar && !mask.contains(c))
             continue;
         const bool lineStart = result.isEmpty() || isLineBreak(result.back());
-        switch (textBoxStyle) {
-        case 9:
+        switch (style) {
+        case TextBoxStyle::Digits:
             if (!c.isDigit())
                 continue;
             break;
-        case 10:
+        case TextBoxStyle::WholeNumber:
             if (!c.isDigit() && !(c == QLatin1Char('-') && lineStart))
                 continue;
             break;
-        case 11:
+        case TextBoxStyle::Number:
             if (isDecimalSeparator(c)) {
                 if (separatorSeen)
                     continue;
@@ -58,7 +70,9 @@ QString LineInputRules::clean(const QString &text, bool multiLine) const
                 continue;
             }
             break;
-        default:
+        case TextBoxStyle::AnyText:
+        case TextBoxStyle::UpperCase:
+        case TextBoxStyle::LowerCase:
             break;
         }
         result.append(c);
@@ -108,7 +122,7 @@ QValidator::State LineInputValidator::validate(QString &input, int &pos) const
 
     const QString cleanHead = m_rules.clean(head);
     QString added = m_rules.clean(head + inserted).mid(cleanHead.size());
-    if (m_rules.textBoxStyle == 11) {
+    if (m_rules.kind() == LineInputRules::TextBoxStyle::Number) {
         const auto hasSeparator = [](const QString &text) {
             return text.contains(QLatin1Char(',')) || text.contains(QLatin1Char('.'));
         };

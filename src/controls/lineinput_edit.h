@@ -9,21 +9,31 @@ namespace valtrona {
 
 /// What may be typed or pasted into a line input's text elements.
 ///
-/// `textBoxStyle` picks a kind of text:
-///   0  any text (default)
-///   1  letters turned to upper case
-///   2  letters turned to lower case
-///   9  digits only
-///   10 a whole number: digits, "-" only in front
-///   11 a number: digits, "-" only in front, one decimal separator ("," or ".")
-///   any other code: any text.
+/// `textBoxStyle` is the TextBoxStyle code of the line (see the enum).
 /// `mask` lists the characters allowed on top of that ("*" or empty: all).
 /// `maxLength` limits the length (0: unlimited).
 struct LineInputRules
 {
+    Q_GADGET
+
+public:
+    /// The kind of text a text box takes; unknown codes take any text.
+    enum class TextBoxStyle {
+        AnyText = 0,
+        UpperCase = 1,    ///< letters turned to upper case
+        LowerCase = 2,    ///< letters turned to lower case
+        Digits = 9,       ///< digits only
+        WholeNumber = 10, ///< digits, "-" only in front
+        Number = 11,      ///< digits, "-" only in front, one decimal separator ("," or ".")
+    };
+    Q_ENUM(TextBoxStyle)
+
     int textBoxStyle = 0;
     QString mask = QStringLiteral("*");
     int maxLength = 0;
+
+    /// The kind of text `textBoxStyle` stands for.
+    TextBoxStyle kind() const;
 
     /// The text with every character removed that the rules do not allow
     /// where it stands, case converted; the length is not limited here.

@@ -1,12 +1,14 @@
 #include "controls/vxactctrl.h"
 
-#include <QDialogButtonBox>
+#include <array>
+#include <optional>
+#include <utility>
+
 #include <QEvent>
-#include <QListWidget>
 #include <QPainter>
-#include <QVBoxLayout>
 #include <QVariant>
 
+#include "controls/controlproperties.h"
 #include "core/appinfo.h"
 
 using namespace Qt::StringLiterals;
@@ -22,7 +24,6 @@ QStringList splitList(const QString &text)
     return text.split(QLatin1Char(';'));
 }
 
-// The numeric value of a list element: its leading number, 0 when it has none.
 int leadingNumber(const QString &text)
 {
     const QString trimmed = text.trimmed();
@@ -51,6 +52,26 @@ QString stringProperty(const QObject *object, const char *name)
     return value.isValid() ? value.toString() : QString();
 }
 
+// The navigation codes, compared in upper case.
+constexpr std::array<std::pair<const char16_t *, VxActCtrl::Navigation>, 6> navigationCodes = {{
+    {u"F", VxActCtrl::Navigation::First},
+    {u"L", VxActCtrl::Navigation::Last},
+    {u"N", VxActCtrl::Navigation::Next},
+    {u"NX", VxActCtrl::Navigation::NextStop},
+    {u"P", VxActCtrl::Navigation::Previous},
+    {u"PX", VxActCtrl::Navigation::PreviousStop},
+}};
+
+std::optional<VxActCtrl::Navigation> navigationFromCode(const QString &code)
+{
+    const QString upper = code.toUpper();
+    for (const auto &[text, step] : navigationCodes) {
+        if (upper == QStringView(text))
+            return step;
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 VxActCtrl::VxActCtrl(QWidget *parent)
@@ -65,10 +86,7 @@ VxActCtrl::VxActCtrl(QWidget *parent)
 
 VxActCtrl::~VxActCtrl() = default;
 
-int VxActCtrl::activeControl() const
-{
-    return m_activeControl;
-}
+// --- Settings with a rule of their own -------------------------------------
 
 void VxActCtrl::setActiveControl(int number)
 {
@@ -79,215 +97,12 @@ void VxActCtrl::setActiveControl(int number)
     switchCard(previous, number);
 }
 
-int VxActCtrl::controlCount() const
-{
-    return m_controlCount;
-}
-
-void VxActCtrl::setControlCount(int count)
-{
-    m_controlCount = qMax(0, count);
-}
-
-QString VxActCtrl::ctlNames() const
-{
-    return m_names;
-}
-
-void VxActCtrl::setCtlNames(const QString &names)
-{
-    m_names = names;
-    ctlUpdate();
-}
-
-QString VxActCtrl::ctlDisplays() const
-{
-    return m_displays;
-}
-
-void VxActCtrl::setCtlDisplays(const QString &displays)
-{
-    m_displays = displays;
-    ctlUpdate();
-}
-
-QString VxActCtrl::ctlKeys() const
-{
-    return m_keys;
-}
-
-void VxActCtrl::setCtlKeys(const QString &keys)
-{
-    m_keys = keys;
-    ctlUpdate();
-}
-
-QString VxActCtrl::ctlWidth() const
-{
-    return m_widths;
-}
-
-void VxActCtrl::setCtlWidth(const QString &widths)
-{
-    m_widths = widths;
-    ctlUpdate();
-}
-
-QString VxActCtrl::ctlHeight() const
-{
-    return m_heights;
-}
-
-void VxActCtrl::setCtlHeight(const QString &heights)
-{
-    m_heights = heights;
-    ctlUpdate();
-}
-
-int VxActCtrl::cardInvisibleTop() const
-{
-    return m_cardInvisibleTop;
-}
-
-void VxActCtrl::setCardInvisibleTop(int twips)
-{
-    m_cardInvisibleTop = twips;
-}
-
-int VxActCtrl::cardInvisibleLeft() const
-{
-    return m_cardInvisibleLeft;
-}
-
-void VxActCtrl::setCardInvisibleLeft(int twips)
-{
-    m_cardInvisibleLeft = twips;
-}
-
-int VxActCtrl::cardOffset() const
-{
-    return m_cardOffset;
-}
-
-void VxActCtrl::setCardOffset(int twips)
-{
-    m_cardOffset = twips;
-}
-
-int VxActCtrl::containerTop() const
-{
-    return m_containerTop;
-}
-
-void VxActCtrl::setContainerTop(int twips)
-{
-    m_containerTop = twips;
-}
-
-int VxActCtrl::containerLeft() const
-{
-    return m_containerLeft;
-}
-
-void VxActCtrl::setContainerLeft(int twips)
-{
-    m_containerLeft = twips;
-}
-
-int VxActCtrl::containerWidth() const
-{
-    return m_containerWidth;
-}
-
-void VxActCtrl::setContainerWidth(int twips)
-{
-    m_containerWidth = twips;
-}
-
-int VxActCtrl::containerHeight() const
-{
-    return m_containerHeight;
-}
-
-void VxActCtrl::setContainerHeight(int twips)
-{
-    m_containerHeight = twips;
-}
-
-bool VxActCtrl::bExtendWidth() const
-{
-    return m_extendWidth;
-}
-
-void VxActCtrl::setBExtendWidth(bool on)
-{
-    m_extendWidth = on;
-    refCtrl();
-}
-
-bool VxActCtrl::bExtendHeight() const
-{
-    return m_extendHeight;
-}
-
-void VxActCtrl::setBExtendHeight(bool on)
-{
-    m_extendHeight = on;
-    refCtrl();
-}
-
-bool VxActCtrl::designMode() const
-{
-    return m_designMode;
-}
-
 void VxActCtrl::setDesignMode(bool on)
 {
-    if (m_designMode == on)
+    if (!assign(m_designMode, on))
         return;
-    m_designMode = on;
     update();
     arrangeAll();
-}
-
-int VxActCtrl::ctlUseLng() const
-{
-    return m_ctlUseLng;
-}
-
-void VxActCtrl::setCtlUseLng(int use)
-{
-    m_ctlUseLng = use;
-}
-
-QString VxActCtrl::controlName(int number) const
-{
-    return m_nameList.value(number - 1);
-}
-
-QString VxActCtrl::controlDisplay(int number) const
-{
-    return m_displayList.value(number - 1);
-}
-
-QString VxActCtrl::controlKey(int number) const
-{
-    return m_keyList.value(number - 1);
-}
-
-int VxActCtrl::controlWidth(int number) const
-{
-    return m_widthList.value(number - 1);
-}
-
-int VxActCtrl::controlHeight(int number) const
-{
-    return m_heightList.value(number - 1);
-}
-
-QString VxActCtrl::activeControlByKey() const
-{
-    return controlKey(m_activeControl);
 }
 
 void VxActCtrl::setActiveControlByKey(const QString &key)
@@ -307,6 +122,8 @@ int VxActCtrl::getControlIndexByKey(const QString &key) const
     }
     return 0;
 }
+
+// --- Cards -----------------------------------------------------------------
 
 QWidget *VxActCtrl::getControl(int number) const
 {
@@ -374,53 +191,24 @@ QString VxActCtrl::getControlDisplay(int number) const
 
 void VxActCtrl::navigate(const QString &code)
 {
-    const QString upper = code.toUpper();
+    if (const std::optional<Navigation> step = navigationFromCode(code))
+        navigate(*step);
+}
+
+void VxActCtrl::navigate(Navigation step)
+{
     const int n = m_controlCount;
     const int c = m_activeControl < 1 ? 1 : m_activeControl;
     int target = m_activeControl;
-    if (upper == u"F")
-        target = 1;
-    else if (upper == u"L")
-        target = n;
-    else if (upper == u"N")
-        target = c >= n ? 1 : c + 1;
-    else if (upper == u"NX")
-        target = c >= n ? n : c + 1;
-    else if (upper == u"P")
-        target = c < 2 ? n : c - 1;
-    else if (upper == u"PX")
-        target = c < 2 ? 1 : c - 1;
+    switch (step) {
+    case Navigation::First: target = 1; break;
+    case Navigation::Last: target = n; break;
+    case Navigation::Next: target = c >= n ? 1 : c + 1; break;
+    case Navigation::NextStop: target = c >= n ? n : c + 1; break;
+    case Navigation::Previous: target = c < 2 ? n : c - 1; break;
+    case Navigation::PreviousStop: target = c < 2 ? 1 : c - 1; break;
+    }
     setActiveControl(target);
-}
-
-void VxActCtrl::firstControl()
-{
-    navigate(u"F"_s);
-}
-
-void VxActCtrl::lastControl()
-{
-    navigate(u"L"_s);
-}
-
-void VxActCtrl::nextControl()
-{
-    navigate(u"N"_s);
-}
-
-void VxActCtrl::nextControlX()
-{
-    navigate(u"NX"_s);
-}
-
-void VxActCtrl::prevControl()
-{
-    navigate(u"P"_s);
-}
-
-void VxActCtrl::prevControlX()
-{
-    navigate(u"PX"_s);
 }
 
 void VxActCtrl::arrangeAll()
@@ -486,108 +274,6 @@ void VxActCtrl::initializeControl()
 {
     ctlUpdate();
     arrangeAll();
-}
-
-QList<CardChoice> VxActCtrl::chooserChoices() const
-{
-    QList<CardChoice> choices;
-    for (int number = 1; number <= m_controlCount; ++number)
-        choices.append({u"%1 - "_s.arg(number, 2, 10, QLatin1Char('0')) % getControlDisplay(number), number});
-    return choices;
-}
-
-int VxActCtrl::activeControlDlg()
-{
-    if (m_terminated)
-        return 0;
-    if (m_designMode) {
-        showControlMessage(this, controlText(ControlText::NotAtDesignTime));
-        return 0;
-    }
-    const QList<CardChoice> choices = chooserChoices();
-    int chosen = 0;
-    if (m_chooser) {
-        chosen = m_chooser(window(), choices, m_activeControl);
-    } else {
-        VxActCtrlChooser dialog(choices, m_activeControl, window());
-        if (dialog.exec() == QDialog::Accepted)
-            chosen = dialog.chosenNumber();
-    }
-    if (chosen < 1 || chosen > m_controlCount)
-        return 0;
-    setActiveControl(chosen);
-    return chosen;
-}
-
-void VxActCtrl::setChooser(ChooserFunction chooser)
-{
-    m_chooser = std::move(chooser);
-}
-
-void VxActCtrl::aboutBox()
-{
-    showControlMessage(this, ctlClassName() % u" "_s % programVersion());
-}
-
-QString VxActCtrl::ctlClassName() const
-{
-    return u"VxActCtrl"_s;
-}
-
-void VxActCtrl::terminateControl()
-{
-    if (m_watchedParent)
-        m_watchedParent->removeEventFilter(this);
-    m_watchedParent = nullptr;
-    m_chooser = nullptr;
-    m_terminated = true;
-}
-
-bool VxActCtrl::eventFilter(QObject *watched, QEvent *event)
-{
-    if (watched == m_watchedParent && event->type() == QEvent::Resize && (m_extendWidth || m_extendHeight))
-        refCtrl();
-    return QWidget::eventFilter(watched, event);
-}
-
-void VxActCtrl::paintEvent(QPaintEvent *)
-{
-    if (!m_designMode)
-        return;
-    // A small marker so the designer can find the otherwise invisible switcher.
-    QPainter painter(this);
-    painter.setPen(QPen(palette().color(QPalette::Mid), 1, Qt::DashLine));
-    painter.drawRect(rect().adjusted(0, 0, -1, -1));
-}
-
-void VxActCtrl::showEvent(QShowEvent *event)
-{
-    QWidget::showEvent(event);
-    // Cards may have been created after the lists were assigned.
-    if (!m_arranged)
-        arrangeAll();
-}
-
-void VxActCtrl::changeEvent(QEvent *event)
-{
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::ParentChange)
-        watchParent();
-}
-
-QObject *VxActCtrl::hooksObject() const
-{
-    return const_cast<VxActCtrl *>(this);
-}
-
-int VxActCtrl::useLanguage() const
-{
-    return m_ctlUseLng;
-}
-
-QList<QPair<QString, LngPropertyType>> VxActCtrl::lngProperties() const
-{
-    return {{u"CTLDisplays"_s, LngPropertyType::Caption}};
 }
 
 void VxActCtrl::ctlUpdate()
@@ -660,35 +346,72 @@ void VxActCtrl::watchParent()
         m_watchedParent->installEventFilter(this);
 }
 
-VxActCtrlChooser::VxActCtrlChooser(const QList<CardChoice> &choices, int current, QWidget *parent)
-    : QDialog(parent)
+// --- Control hooks and events ----------------------------------------------
+
+void VxActCtrl::aboutBox()
 {
-    setWindowTitle(controlText(ControlText::ChooserCaption));
-    m_list = new QListWidget(this);
-    for (const CardChoice &choice : choices) {
-        auto *item = new QListWidgetItem(choice.text, m_list);
-        item->setData(Qt::UserRole, choice.number);
-        if (choice.number == current)
-            m_list->setCurrentItem(item);
-    }
-    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    connect(m_list, &QListWidget::itemDoubleClicked, this, &QDialog::accept);
-    auto *layout = new QVBoxLayout(this);
-    layout->addWidget(m_list);
-    layout->addWidget(buttons);
+    showControlMessage(this, ctlClassName() % u" "_s % programVersion());
 }
 
-int VxActCtrlChooser::chosenNumber() const
+QString VxActCtrl::ctlClassName() const
 {
-    const QListWidgetItem *item = m_list->currentItem();
-    return item && item->isSelected() ? item->data(Qt::UserRole).toInt() : 0;
+    return u"VxActCtrl"_s;
 }
 
-QListWidget *VxActCtrlChooser::list() const
+void VxActCtrl::terminateControl()
 {
-    return m_list;
+    if (m_watchedParent)
+        m_watchedParent->removeEventFilter(this);
+    m_watchedParent = nullptr;
+    m_chooser = nullptr;
+    m_terminated = true;
+}
+
+QObject *VxActCtrl::hooksObject() const
+{
+    return const_cast<VxActCtrl *>(this);
+}
+
+int VxActCtrl::useLanguage() const
+{
+    return m_ctlUseLng;
+}
+
+QList<QPair<QString, LngPropertyType>> VxActCtrl::lngProperties() const
+{
+    return {{u"CTLDisplays"_s, LngPropertyType::Caption}};
+}
+
+bool VxActCtrl::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_watchedParent && event->type() == QEvent::Resize && (m_extendWidth || m_extendHeight))
+        refCtrl();
+    return QWidget::eventFilter(watched, event);
+}
+
+void VxActCtrl::paintEvent(QPaintEvent *)
+{
+    if (!m_designMode)
+        return;
+    // A small marker so the designer can find the otherwise invisible switcher.
+    QPainter painter(this);
+    painter.setPen(QPen(palette().color(QPalette::Mid), 1, Qt::DashLine));
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+}
+
+void VxActCtrl::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    // Cards may have been created after the lists were assigned.
+    if (!m_arranged)
+        arrangeAll();
+}
+
+void VxActCtrl::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ParentChange)
+        watchParent();
 }
 
 } // namespace valtrona

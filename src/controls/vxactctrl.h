@@ -74,6 +74,12 @@ class VxActCtrl : public QWidget, public ControlHooks
     Q_PROPERTY(int CTLUseLng READ ctlUseLng WRITE setCtlUseLng)
 
 public:
+    /// A step of the navigation; the codes "F", "L", "N", "NX", "P", "PX"
+    /// name them in this order. The plain steps wrap around, the Stop steps
+    /// stay at the ends.
+    enum class Navigation { First, Last, Next, NextStop, Previous, PreviousStop };
+    Q_ENUM(Navigation)
+
     explicit VxActCtrl(QWidget *parent = nullptr);
     ~VxActCtrl() override;
 
@@ -141,9 +147,10 @@ public:
     /// "Tag" property, else "Steuerelement 01" with n in two digits.
     QString getControlDisplay(int number) const;
 
-    /// Navigation: "F", "L", "N", "NX", "P", "PX" (any case). Plain codes
-    /// wrap around, the codes with X stop at the ends.
+    /// Navigation by code: "F", "L", "N", "NX", "P", "PX" (any case);
+    /// other codes change nothing.
     void navigate(const QString &code);
+    void navigate(Navigation step);
     void firstControl();
     void lastControl();
     void nextControl();

@@ -8,6 +8,8 @@
 #include <QPainterPath>
 #include <QPalette>
 
+#include "controls/controlproperties.h"
+
 namespace valtrona {
 
 namespace {
@@ -39,33 +41,35 @@ struct StyleShape
     std::vector<Ring> rings; // outermost first
 };
 
-StyleShape shapeOf(int style)
+StyleShape shapeOf(int code)
 {
     using T = Tone;
-    switch (style) {
-    case BorderStyleCode::ThreedInner: return {Sides::All, {{T::Dark, T::Light}}};
-    case BorderStyleCode::ThreedOuter: return {Sides::All, {{T::Light, T::Dark}}};
-    case BorderStyleCode::ThreedOutIn: return {Sides::All, {{T::Light, T::Dark}, {T::Dark, T::Light}}};
-    case BorderStyleCode::SingleBlack: return {Sides::All, {{T::Black, T::Black}}};
-    case BorderStyleCode::Frame:
+    switch (enumFromCode(code, BorderStyle::NoBorder)) {
+    case BorderStyle::ThreedInner: return {Sides::All, {{T::Dark, T::Light}}};
+    case BorderStyle::ThreedOuter: return {Sides::All, {{T::Light, T::Dark}}};
+    case BorderStyle::ThreedOutIn: return {Sides::All, {{T::Light, T::Dark}, {T::Dark, T::Light}}};
+    case BorderStyle::SingleBlack: return {Sides::All, {{T::Black, T::Black}}};
+    case BorderStyle::Frame:
         return {Sides::All, {{T::Midlight, T::Shadow}, {T::Light, T::Dark}, {T::Face, T::Face}}};
-    case BorderStyleCode::Button: return {Sides::All, {{T::Light, T::Shadow}, {T::Midlight, T::Dark}}};
-    case BorderStyleCode::ButtonDown: return {Sides::All, {{T::Shadow, T::Light}, {T::Dark, T::Midlight}}};
-    case BorderStyleCode::SingleInner: return {Sides::All, {{T::Shadow, T::Light}}};
-    case BorderStyleCode::SingleWhite: return {Sides::All, {{T::White, T::White}}};
-    case BorderStyleCode::SingleOuter: return {Sides::All, {{T::Light, T::Shadow}}};
-    case BorderStyleCode::LineHorizontal: return {Sides::Separator, {{T::Dark, T::Dark}, {T::Light, T::Light}}};
-    case BorderStyleCode::ThreedInOut: return {Sides::All, {{T::Dark, T::Light}, {T::Light, T::Dark}}};
-    case BorderStyleCode::MenuLines: return {Sides::TopAndBottom, {{T::Light, T::Dark}}};
-    case BorderStyleCode::SingleLine: return {Sides::All, {{T::Dark, T::Dark}}};
-    case BorderStyleCode::PictureBox: return {Sides::All, {{T::Dark, T::Light}, {T::Shadow, T::Midlight}}};
-    case BorderStyleCode::SingleLineTop: return {Sides::TopOnly, {{T::Dark, T::Dark}}};
-    case BorderStyleCode::SingleGrayTop: return {Sides::TopOnly, {{T::Mid, T::Mid}}};
-    case BorderStyleCode::Form:
+    case BorderStyle::Button: return {Sides::All, {{T::Light, T::Shadow}, {T::Midlight, T::Dark}}};
+    case BorderStyle::ButtonDown: return {Sides::All, {{T::Shadow, T::Light}, {T::Dark, T::Midlight}}};
+    case BorderStyle::SingleInner: return {Sides::All, {{T::Shadow, T::Light}}};
+    case BorderStyle::SingleWhite: return {Sides::All, {{T::White, T::White}}};
+    case BorderStyle::SingleOuter: return {Sides::All, {{T::Light, T::Shadow}}};
+    case BorderStyle::LineHorizontal: return {Sides::Separator, {{T::Dark, T::Dark}, {T::Light, T::Light}}};
+    case BorderStyle::ThreedInOut: return {Sides::All, {{T::Dark, T::Light}, {T::Light, T::Dark}}};
+    case BorderStyle::MenuLines: return {Sides::TopAndBottom, {{T::Light, T::Dark}}};
+    case BorderStyle::SingleLine: return {Sides::All, {{T::Dark, T::Dark}}};
+    case BorderStyle::PictureBox: return {Sides::All, {{T::Dark, T::Light}, {T::Shadow, T::Midlight}}};
+    case BorderStyle::SingleLineTop: return {Sides::TopOnly, {{T::Dark, T::Dark}}};
+    case BorderStyle::SingleGrayTop: return {Sides::TopOnly, {{T::Mid, T::Mid}}};
+    case BorderStyle::Form:
         return {Sides::All, {{T::Face, T::Shadow}, {T::Light, T::Dark}, {T::Face, T::Face}, {T::Face, T::Face}}};
-    case BorderStyleCode::SingleBorder: return {Sides::All, {{T::Text, T::Text}}};
-    default: return {Sides::All, {}}; // Label, No Border and unknown codes
+    case BorderStyle::SingleBorder: return {Sides::All, {{T::Text, T::Text}}};
+    case BorderStyle::Label:
+    case BorderStyle::NoBorder: return {Sides::All, {}};
     }
+    return {Sides::All, {}};
 }
 
 QColor toneColor(Tone tone, const QPalette &palette, bool lightBorders)

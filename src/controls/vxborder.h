@@ -5,35 +5,37 @@
 #include <QString>
 #include <QStringList>
 
+#include "controls/controlcodes.h"
+
 class QPainter;
 class QPalette;
 
 namespace valtrona {
 
-/// The border styles shared by the framed container and the picture view.
+/// The border styles as the integer codes a BorderStyle property holds.
 /// Codes outside 0..20 draw nothing and have an empty name.
 namespace BorderStyleCode {
-inline constexpr int ThreedInner = 0;
-inline constexpr int ThreedOuter = 1;
-inline constexpr int ThreedOutIn = 2;
-inline constexpr int SingleBlack = 3;
-inline constexpr int Label = 4;
-inline constexpr int Frame = 5;
-inline constexpr int Button = 6;
-inline constexpr int ButtonDown = 7;
-inline constexpr int NoBorder = 8;
-inline constexpr int SingleInner = 9;
-inline constexpr int SingleWhite = 10;
-inline constexpr int SingleOuter = 11;
-inline constexpr int LineHorizontal = 12;
-inline constexpr int ThreedInOut = 13;
-inline constexpr int MenuLines = 14;
-inline constexpr int SingleLine = 15;
-inline constexpr int PictureBox = 16;
-inline constexpr int SingleLineTop = 17;
-inline constexpr int SingleGrayTop = 18;
-inline constexpr int Form = 19;
-inline constexpr int SingleBorder = 20;
+inline constexpr int ThreedInner = int(BorderStyle::ThreedInner);
+inline constexpr int ThreedOuter = int(BorderStyle::ThreedOuter);
+inline constexpr int ThreedOutIn = int(BorderStyle::ThreedOutIn);
+inline constexpr int SingleBlack = int(BorderStyle::SingleBlack);
+inline constexpr int Label = int(BorderStyle::Label);
+inline constexpr int Frame = int(BorderStyle::Frame);
+inline constexpr int Button = int(BorderStyle::Button);
+inline constexpr int ButtonDown = int(BorderStyle::ButtonDown);
+inline constexpr int NoBorder = int(BorderStyle::NoBorder);
+inline constexpr int SingleInner = int(BorderStyle::SingleInner);
+inline constexpr int SingleWhite = int(BorderStyle::SingleWhite);
+inline constexpr int SingleOuter = int(BorderStyle::SingleOuter);
+inline constexpr int LineHorizontal = int(BorderStyle::LineHorizontal);
+inline constexpr int ThreedInOut = int(BorderStyle::ThreedInOut);
+inline constexpr int MenuLines = int(BorderStyle::MenuLines);
+inline constexpr int SingleLine = int(BorderStyle::SingleLine);
+inline constexpr int PictureBox = int(BorderStyle::PictureBox);
+inline constexpr int SingleLineTop = int(BorderStyle::SingleLineTop);
+inline constexpr int SingleGrayTop = int(BorderStyle::SingleGrayTop);
+inline constexpr int Form = int(BorderStyle::Form);
+inline constexpr int SingleBorder = int(BorderStyle::SingleBorder);
 inline constexpr int Count = 21;
 } // namespace BorderStyleCode
 
@@ -50,6 +52,7 @@ QStringList borderStyleDisplayTexts();
 /// How a border is drawn.
 struct BorderOptions
 {
+    /// A BorderStyle code; codes outside the table draw nothing.
     int style = BorderStyleCode::ThreedInner;
     /// Thickness of each line of the style in pixels (BorderWidth; below 1 counts as 1).
     int lineWidth = 1;

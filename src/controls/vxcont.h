@@ -7,9 +7,11 @@
 #include <QString>
 #include <QWidget>
 
+#include "controls/controlcodes.h"
+#include "controls/controlsupport.h"
+#include "controls/vxborder.h"
 #include "controls/vxcolor.h"
 #include "controls/vxflood.h"
-#include "controls/controlsupport.h"
 
 namespace valtrona {
 
@@ -20,12 +22,10 @@ namespace valtrona {
 /// still needed.
 ///
 /// Colours are colour values (see vxcolor.h), so the default system
-/// colours follow the palette. Alignment: 0 left, 1 right, 2 centre;
-/// AlignmentVertical: 0 top, 1 middle, 2 bottom. ControlStyle: 0 plain,
-/// 1 with a drop shadow (ShadowColor, ShadowOffset, ShadowSize), 2 with a
-/// caption area across the top (CAColor, CABorderStyle, CABorderColor;
-/// TopOffset sets its height). FloodBarType: 0 solid, 1 blocks, 2 raised
-/// gradient, 3 FloodBackImage stretched over the filled part.
+/// colours follow the palette. The integer codes of ControlStyle,
+/// BorderStyle, Alignment, AlignmentVertical, BackStyle, FloodType and
+/// FloodBarType are read as the enums below and in controlcodes.h; an
+/// unknown Alignment reads as left, an unknown AlignmentVertical as middle.
 class VxCont : public QWidget, public ControlHooks
 {
     Q_OBJECT
@@ -87,6 +87,26 @@ class VxCont : public QWidget, public ControlHooks
     Q_PROPERTY(double AktualFloodRemainingTime READ aktualFloodRemainingTime)
 
 public:
+    /// What the container adds to its frame (ControlStyle); unknown codes are plain.
+    enum class ControlStyle {
+        Plain = 0,
+        Shadow = 1,      ///< a drop shadow (ShadowColor, ShadowOffset, ShadowSize)
+        CaptionArea = 2, ///< a caption strip across the top (CAColor, CABorderStyle,
+                         ///< CABorderColor; TopOffset sets its height)
+    };
+    Q_ENUM(ControlStyle)
+
+    /// How the filled part of the flood is drawn (FloodBarType); unknown
+    /// codes draw neither bar nor percentage.
+    enum class FloodBarType {
+        None = -1,
+        Solid = 0,
+        Blocks = 1,
+        Raised = 2, ///< a raised gradient
+        Image = 3,  ///< FloodBackImage stretched over the filled part
+    };
+    Q_ENUM(FloodBarType)
+
     explicit VxCont(QWidget *parent = nullptr);
     ~VxCont() override;
 
@@ -244,9 +264,28 @@ protected:
     QList<QPair<QString, LngPropertyType>> lngProperties() const override;
 
 private:
+    struct Layout
+    {
+        QRect body;         // inside OuterOffset, without the shadow
+        QRect shadow;       // the drop shadow (ControlStyle 1)
+        QRect border;       // where the border is drawn
+        QRect frameCaption; // where CaptionFrame interrupts the frame line
+        QRect captionArea;  // the caption strip (ControlStyle 2)
+        QRect work;         // inside everything: caption, flood, children
+    };
+    /// Space between a text and the edge of its area.
+    static constexpr int textPadding = 3;
+
+    ControlStyle controlStyleKind() const;
+    FloodBarType floodBarKind() const;
+    bool hasFlood() const;
+    BorderOptions borderOptions() const;
     void refreshFrame();
-    struct Layout;
     Layout computeLayout() const;
+    /// Follows a new percentage or value: redraws only when the shown percentage changes.
+    void followFlood();
+    /// Recomputes and redraws the flood after a change of its range or look.
+    void redrawFlood();
     void updateFlood(bool force);
     double now() const;
     QColor color(quint32 value) const;
@@ -287,7 +326,7 @@ private:
     int m_seperatorOffset = 0;
     bool m_caBorderStyle = false;
     uint m_caBorderColor = SystemColor::ButtonText;
-    uint m_caColor = 0xFFFFFF;
+    uint m_caColor = FixedColor::White;
     int m_designIndexDisplayStyle = 1;
     int m_floodOffset = 0;
     bool m_floodShowPercent = false;
@@ -300,7 +339,7 @@ private:
     QPixmap m_picture;
     QPixmap m_pictureBack;
     QPixmap m_floodBackImage;
-    int m_floodType = FloodTypeCode::None;
+    int m_floodType = int(FloodState::Type::None);
     int m_floodBarType = 0;
     int m_floodPercent = 0;
     int m_value = 0;

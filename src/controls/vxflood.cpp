@@ -5,6 +5,8 @@
 
 #include <QTime>
 
+#include "controls/controlproperties.h"
+
 namespace valtrona {
 
 double secondsSinceMidnight()
@@ -12,17 +14,25 @@ double secondsSinceMidnight()
     return QTime::currentTime().msecsSinceStartOfDay() / 1000.0;
 }
 
+FloodState::Type FloodState::typeOf(int floodType)
+{
+    return enumFromCode(floodType, Type::None);
+}
+
 std::optional<int> FloodState::percentFor(int floodType, int floodPercent, int value, int min, int max)
 {
     double p = 0.0;
-    if (floodType == FloodTypeCode::Percent) {
+    switch (typeOf(floodType)) {
+    case Type::Percent:
         p = floodPercent;
-    } else if (floodType == FloodTypeCode::Range) {
+        break;
+    case Type::Range:
         if (max != min)
             p = (double(value) - double(min)) / (double(max) - double(min)) * 100.0;
         if (value == 0)
             p = 0.0;
-    } else {
+        break;
+    case Type::None:
         return std::nullopt;
     }
     // nearbyint rounds in the default mode: to nearest, halves to even.

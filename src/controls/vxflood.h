@@ -3,14 +3,9 @@
 #include <functional>
 #include <optional>
 
-namespace valtrona {
+#include <QObject>
 
-/// Where the flood of a framed container takes its percentage from.
-namespace FloodTypeCode {
-inline constexpr int None = -1;
-inline constexpr int Percent = 3; ///< FloodPercent given directly
-inline constexpr int Range = 4;   ///< computed from Value, Min and Max
-} // namespace FloodTypeCode
+namespace valtrona {
 
 /// Seconds since midnight, as a clock for the flood times.
 using FloodClock = std::function<double()>;
@@ -22,7 +17,20 @@ double secondsSinceMidnight();
 /// any drawing, so they can be checked and reused on their own.
 class FloodState
 {
+    Q_GADGET
+
 public:
+    /// Where the flood takes its percentage from (the FloodType code).
+    enum class Type {
+        None = -1,   ///< no flood; also every code not listed here
+        Percent = 3, ///< FloodPercent given directly
+        Range = 4,   ///< computed from Value, Min and Max
+    };
+    Q_ENUM(Type)
+
+    /// The type a FloodType code stands for.
+    static Type typeOf(int floodType);
+
     /// The whole percentage a flood of `floodType` shows, rounded half to
     /// even and clamped to 0..100; nothing for a type without a flood.
     /// With type 4 a Value of 0 always shows 0 %, whatever Min is.

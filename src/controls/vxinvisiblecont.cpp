@@ -3,6 +3,8 @@
 #include <QPainter>
 #include <QPen>
 
+#include "controls/controlproperties.h"
+
 using namespace Qt::StringLiterals;
 
 namespace valtrona {
@@ -15,41 +17,16 @@ VxInvisibleCont::VxInvisibleCont(QWidget *parent)
     setAutoFillBackground(false);
 }
 
-uint VxInvisibleCont::borderColor() const
-{
-    return m_borderColor;
-}
-
-void VxInvisibleCont::setBorderColor(uint color)
-{
-    m_borderColor = color;
-    if (m_designMode)
-        update();
-}
-
-int VxInvisibleCont::drawStyle() const
-{
-    return m_drawStyle;
-}
-
-void VxInvisibleCont::setDrawStyle(int style)
-{
-    m_drawStyle = style;
-    if (m_designMode)
-        update();
-}
-
-bool VxInvisibleCont::designMode() const
-{
-    return m_designMode;
-}
+uint VxInvisibleCont::borderColor() const { return m_borderColor; }
+void VxInvisibleCont::setBorderColor(uint color) { store(this, m_borderColor, color, &VxInvisibleCont::redrawOutline); }
+int VxInvisibleCont::drawStyle() const { return m_drawStyle; }
+void VxInvisibleCont::setDrawStyle(int style) { store(this, m_drawStyle, style, &VxInvisibleCont::redrawOutline); }
+bool VxInvisibleCont::designMode() const { return m_designMode; }
 
 void VxInvisibleCont::setDesignMode(bool on)
 {
-    if (m_designMode == on)
-        return;
-    m_designMode = on;
-    update();
+    if (assign(m_designMode, on))
+        update();
 }
 
 QPen VxInvisibleCont::outlinePen() const
@@ -57,25 +34,14 @@ QPen VxInvisibleCont::outlinePen() const
     QPen pen(colorFromValue(m_borderColor, palette()));
     pen.setWidth(1);
     pen.setCosmetic(true);
-    switch (m_drawStyle) {
-    case 1:
-        pen.setStyle(Qt::DashLine);
-        break;
-    case 2:
-        pen.setStyle(Qt::DotLine);
-        break;
-    case 3:
-        pen.setStyle(Qt::DashDotLine);
-        break;
-    case 4:
-        pen.setStyle(Qt::DashDotDotLine);
-        break;
-    case 5:
-        pen.setStyle(Qt::NoPen);
-        break;
-    default:
-        pen.setStyle(Qt::SolidLine);
-        break;
+    switch (enumFromCode(m_drawStyle, DrawStyle::Solid)) {
+    case DrawStyle::Solid:
+    case DrawStyle::InsideSolid: pen.setStyle(Qt::SolidLine); break;
+    case DrawStyle::Dash: pen.setStyle(Qt::DashLine); break;
+    case DrawStyle::Dot: pen.setStyle(Qt::DotLine); break;
+    case DrawStyle::DashDot: pen.setStyle(Qt::DashDotLine); break;
+    case DrawStyle::DashDotDot: pen.setStyle(Qt::DashDotDotLine); break;
+    case DrawStyle::Transparent: pen.setStyle(Qt::NoPen); break;
     }
     return pen;
 }
@@ -88,6 +54,12 @@ QString VxInvisibleCont::ctlClassName() const
 void VxInvisibleCont::terminateControl()
 {
     m_terminated = true;
+}
+
+void VxInvisibleCont::redrawOutline()
+{
+    if (m_designMode)
+        update();
 }
 
 void VxInvisibleCont::paintEvent(QPaintEvent *)
@@ -104,8 +76,7 @@ void VxInvisibleCont::paintEvent(QPaintEvent *)
 void VxInvisibleCont::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    if (m_designMode)
-        update();
+    redrawOutline();
 }
 
 QObject *VxInvisibleCont::hooksObject() const

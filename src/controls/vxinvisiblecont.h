@@ -4,6 +4,7 @@
 #include <QWidget>
 
 #include "controls/controlsupport.h"
+#include "controls/vxcolor.h"
 
 namespace valtrona {
 
@@ -14,15 +15,26 @@ class VxInvisibleCont : public QWidget, public ControlHooks
 {
     Q_OBJECT
     /// Colour of the design-time outline as a stored colour value; the
-    /// default 0x80000003 is the system colour with index 3.
+    /// default is the system colour with index 3 (inactive caption).
     Q_PROPERTY(uint BorderColor READ borderColor WRITE setBorderColor)
-    /// Line style of the design-time outline: 0 solid, 1 dashed, 2 dotted
-    /// (default), 3 dash-dot, 4 dash-dot-dot, 5 none, 6 solid inside.
+    /// Line style of the design-time outline (see the enum); default 2, dotted.
     Q_PROPERTY(int DrawStyle READ drawStyle WRITE setDrawStyle)
     /// True while the host is being designed rather than run.
     Q_PROPERTY(bool DesignMode READ designMode WRITE setDesignMode)
 
 public:
+    /// Line style of the design-time outline (DrawStyle); unknown codes draw solid.
+    enum class DrawStyle {
+        Solid = 0,
+        Dash = 1,
+        Dot = 2,
+        DashDot = 3,
+        DashDotDot = 4,
+        Transparent = 5, ///< no outline
+        InsideSolid = 6, ///< solid, inside the area
+    };
+    Q_ENUM(DrawStyle)
+
     explicit VxInvisibleCont(QWidget *parent = nullptr);
 
     uint borderColor() const;
@@ -45,8 +57,11 @@ protected:
     int useLanguage() const override;
 
 private:
-    uint m_borderColor = 0x80000003u;
-    int m_drawStyle = 2;
+    /// Redraws the outline when there is one to see.
+    void redrawOutline();
+
+    uint m_borderColor = SystemColor::InactiveCaption;
+    int m_drawStyle = int(DrawStyle::Dot);
     bool m_designMode = false;
     bool m_terminated = false;
 };

@@ -1,35 +1,21 @@
 #include "controls/vxlinein.h"
 
-#include <QApplication>
 #include <QBitmap>
 #include <QCheckBox>
-#include <QClipboard>
 #include <QComboBox>
-#include <QContextMenuEvent>
-#include <QDir>
-#include <QDragEnterEvent>
-#include <QDropEvent>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMimeData>
-#include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
 #include <QStyle>
-#include <QTimer>
-#include <QUrl>
 
-#include "controls/lineinput_dialogs.h"
+#include "controls/controlproperties.h"
 
 using namespace Qt::StringLiterals;
 
 namespace valtrona {
 
 namespace {
-
-constexpr int itemDataRole = Qt::UserRole;
-constexpr int itemTagRole = Qt::UserRole + 1;
 
 // Covers the line while it is shown greyed.
 class GreyCover : public QWidget
@@ -49,19 +35,6 @@ protected:
         painter.fillRect(rect(), veil);
     }
 };
-
-QStringList localFiles(const QMimeData *mime)
-{
-    QStringList files;
-    if (!mime || !mime->hasUrls())
-        return files;
-    const QList<QUrl> urls = mime->urls();
-    for (const QUrl &url : urls) {
-        if (url.isLocalFile() && !url.toLocalFile().isEmpty())
-            files.append(url.toLocalFile());
-    }
-    return files;
-}
 
 } // namespace
 
@@ -175,208 +148,25 @@ QString VxLineIn::pathSeparator()
     return u"|"_s;
 }
 
-// --- Layout properties -----------------------------------------------------
-
-int VxLineIn::buttonWidth() const
+VxLineIn::ControlStyle VxLineIn::controlStyleKind() const
 {
-    return m_buttonWidth;
+    return enumFromCode(m_controlStyle, ControlStyle::Text);
 }
 
-void VxLineIn::setButtonWidth(int pixels)
+VxLineIn::CommandStyle VxLineIn::commandStyleKind() const
 {
-    m_buttonWidth = qMax(0, pixels);
-    relayout();
+    return enumFromCode(m_commandStyle, CommandStyle::None);
 }
 
-int VxLineIn::labelWidth() const
-{
-    return m_labelWidth;
-}
-
-void VxLineIn::setLabelWidth(int pixels)
-{
-    m_labelWidth = qMax(0, pixels);
-    relayout();
-}
-
-int VxLineIn::fixedBlockWidth() const
-{
-    return m_fixedBlockWidth;
-}
-
-void VxLineIn::setFixedBlockWidth(int pixels)
-{
-    m_fixedBlockWidth = qMax(0, pixels);
-    relayout();
-}
-
-int VxLineIn::controlDistance() const
-{
-    return m_controlDistance;
-}
-
-void VxLineIn::setControlDistance(int pixels)
-{
-    m_controlDistance = qMax(0, pixels);
-    relayout();
-}
-
-int VxLineIn::topDistance() const
-{
-    return m_topDistance;
-}
-
-void VxLineIn::setTopDistance(int pixels)
-{
-    m_topDistance = qMax(0, pixels);
-    updateGeometry();
-    relayout();
-}
-
-int VxLineIn::leftOffset() const
-{
-    return m_leftOffset;
-}
-
-void VxLineIn::setLeftOffset(int pixels)
-{
-    m_leftOffset = qMax(0, pixels);
-    relayout();
-}
-
-// --- Dialog properties -----------------------------------------------------
-
-QString VxLineIn::dlgFileType() const
-{
-    return m_dlgFileType;
-}
-
-void VxLineIn::setDlgFileType(const QString &types)
-{
-    m_dlgFileType = types;
-}
-
-QString VxLineIn::dlgFileExtension() const
-{
-    return m_dlgFileExtension;
-}
-
-void VxLineIn::setDlgFileExtension(const QString &extensions)
-{
-    m_dlgFileExtension = extensions;
-}
-
-QString VxLineIn::dlgOpenCaption() const
-{
-    return m_dlgOpenCaption;
-}
-
-void VxLineIn::setDlgOpenCaption(const QString &caption)
-{
-    m_dlgOpenCaption = caption;
-}
-
-QString VxLineIn::dlgSaveCaption() const
-{
-    return m_dlgSaveCaption;
-}
-
-void VxLineIn::setDlgSaveCaption(const QString &caption)
-{
-    m_dlgSaveCaption = caption;
-}
-
-QString VxLineIn::dlgPathCaption() const
-{
-    return m_dlgPathCaption;
-}
-
-void VxLineIn::setDlgPathCaption(const QString &caption)
-{
-    m_dlgPathCaption = caption;
-}
-
-int VxLineIn::dlgFolderStyle() const
-{
-    return m_dlgFolderStyle;
-}
-
-void VxLineIn::setDlgFolderStyle(int style)
-{
-    m_dlgFolderStyle = style;
-}
-
-bool VxLineIn::dlgFolderNamesAsis() const
-{
-    return m_dlgFolderNamesAsis;
-}
-
-void VxLineIn::setDlgFolderNamesAsis(bool asis)
-{
-    m_dlgFolderNamesAsis = asis;
-}
-
-QString VxLineIn::defaultFilename() const
-{
-    return m_defaultFilename;
-}
-
-void VxLineIn::setDefaultFilename(const QString &name)
-{
-    m_defaultFilename = name;
-}
-
-// --- Element properties ----------------------------------------------------
-
-bool VxLineIn::buttonShow() const
-{
-    return m_buttonShow;
-}
-
-void VxLineIn::setButtonShow(bool show)
-{
-    m_buttonShow = show;
-    updateVisibility();
-}
-
-int VxLineIn::textBoxStyle() const
-{
-    return m_textBoxStyle;
-}
-
-void VxLineIn::setTextBoxStyle(int style)
-{
-    m_textBoxStyle = style;
-    updateRules();
-}
-
-QString VxLineIn::textMask() const
-{
-    return m_textMask;
-}
-
-void VxLineIn::setTextMask(const QString &mask)
-{
-    m_textMask = mask;
-    updateRules();
-}
-
-int VxLineIn::controlStyle() const
-{
-    return m_controlStyle;
-}
+// --- Settings with a rule of their own -------------------------------------
 
 void VxLineIn::setControlStyle(int style)
 {
     m_controlStyle = style;
-    setSizePolicy(QSizePolicy::Expanding, style == 2 ? QSizePolicy::Preferred : QSizePolicy::Fixed);
+    const bool memo = controlStyleKind() == ControlStyle::Memo;
+    setSizePolicy(QSizePolicy::Expanding, memo ? QSizePolicy::Preferred : QSizePolicy::Fixed);
     updateVisibility();
     updateGeometry();
-}
-
-bool VxLineIn::greyControl() const
-{
-    return m_greyControl;
 }
 
 void VxLineIn::setGreyControl(bool grey)
@@ -388,38 +178,10 @@ void VxLineIn::setGreyControl(bool grey)
         m_gry->raise();
 }
 
-int VxLineIn::commandStyle() const
-{
-    return m_commandStyle;
-}
-
-void VxLineIn::setCommandStyle(int style)
-{
-    m_commandStyle = style;
-    updateButtonFace();
-}
-
-int VxLineIn::pictureType() const
-{
-    return m_pictureType;
-}
-
-void VxLineIn::setPictureType(int type)
-{
-    m_pictureType = type;
-    updateButtonFace();
-}
-
-bool VxLineIn::autoAmbientChanges() const
-{
-    return m_autoAmbientChanges;
-}
-
 void VxLineIn::setAutoAmbientChanges(bool on)
 {
-    if (m_autoAmbientChanges == on)
+    if (!assign(m_autoAmbientChanges, on))
         return;
-    m_autoAmbientChanges = on;
     if (on) {
         // Inherit the host's font and palette again.
         setFont(QFont());
@@ -432,113 +194,6 @@ void VxLineIn::setAutoAmbientChanges(bool on)
     }
 }
 
-bool VxLineIn::appendOleDDFiles() const
-{
-    return m_appendOleDDFiles;
-}
-
-void VxLineIn::setAppendOleDDFiles(bool append)
-{
-    m_appendOleDDFiles = append;
-}
-
-bool VxLineIn::allowDDMultiFiles() const
-{
-    return m_allowDDMultiFiles;
-}
-
-void VxLineIn::setAllowDDMultiFiles(bool allow)
-{
-    m_allowDDMultiFiles = allow;
-}
-
-// --- Label -----------------------------------------------------------------
-
-QString VxLineIn::caption() const
-{
-    return m_caption;
-}
-
-void VxLineIn::setCaption(const QString &caption)
-{
-    m_caption = caption;
-    updateLabelText();
-}
-
-uint VxLineIn::labelForeColor() const
-{
-    return m_labelForeColor;
-}
-
-void VxLineIn::setLabelForeColor(uint color)
-{
-    m_labelForeColor = color;
-    updateColors();
-}
-
-QFont VxLineIn::labelFont() const
-{
-    return m_lbl->font();
-}
-
-void VxLineIn::setLabelFont(const QFont &font)
-{
-    m_lbl->setFont(font);
-    updateLabelText();
-}
-
-QString VxLineIn::labelAlignment() const
-{
-    return m_labelAlignment;
-}
-
-void VxLineIn::setLabelAlignment(const QString &alignment)
-{
-    m_labelAlignment = alignment;
-    updateLabelAlignment();
-}
-
-QString VxLineIn::labelToolTip() const
-{
-    return m_labelToolTip;
-}
-
-void VxLineIn::setLabelToolTip(const QString &tip)
-{
-    m_labelToolTip = tip;
-    updateLabelText();
-}
-
-// --- Check box -------------------------------------------------------------
-
-bool VxLineIn::checkboxShow() const
-{
-    return m_checkboxShow;
-}
-
-void VxLineIn::setCheckboxShow(bool show)
-{
-    m_checkboxShow = show;
-    updateVisibility();
-}
-
-bool VxLineIn::value() const
-{
-    return m_value;
-}
-
-void VxLineIn::setValue(bool checked)
-{
-    m_chk->setChecked(checked);
-}
-
-// --- Text elements ---------------------------------------------------------
-
-QString VxLineIn::text() const
-{
-    return m_text;
-}
-
 void VxLineIn::setText(const QString &text)
 {
     if (text == m_text)
@@ -549,45 +204,17 @@ void VxLineIn::setText(const QString &text)
         Q_EMIT change();
 }
 
-uint VxLineIn::textForeColor() const
+void VxLineIn::setLabelFont(const QFont &font)
 {
-    return m_textForeColor;
-}
-
-void VxLineIn::setTextForeColor(uint color)
-{
-    m_textForeColor = color;
-    updateColors();
-}
-
-uint VxLineIn::textBackColor() const
-{
-    return m_textBackColor;
-}
-
-void VxLineIn::setTextBackColor(uint color)
-{
-    m_textBackColor = color;
-    updateColors();
-}
-
-QFont VxLineIn::textFont() const
-{
-    return m_txt->font();
+    m_lbl->setFont(font);
+    updateLabelText();
 }
 
 void VxLineIn::setTextFont(const QFont &font)
 {
-    for (QWidget *element : {static_cast<QWidget *>(m_txt), static_cast<QWidget *>(m_txi),
-                             static_cast<QWidget *>(m_mem), static_cast<QWidget *>(m_cmb),
-                             static_cast<QWidget *>(m_anz)})
+    for (QWidget *element : inputElements())
         element->setFont(font);
     updateGeometry();
-}
-
-bool VxLineIn::locked() const
-{
-    return m_locked;
 }
 
 void VxLineIn::setLocked(bool locked)
@@ -598,11 +225,6 @@ void VxLineIn::setLocked(bool locked)
     m_mem->setReadOnly(locked);
     if (m_cmb->lineEdit())
         m_cmb->lineEdit()->setReadOnly(locked);
-}
-
-QString VxLineIn::passwordChar() const
-{
-    return m_passwordChar;
 }
 
 void VxLineIn::setPasswordChar(const QString &character)
@@ -620,64 +242,30 @@ void VxLineIn::setPasswordChar(const QString &character)
     }
 }
 
-int VxLineIn::maxLength() const
-{
-    return m_maxLength;
-}
-
-void VxLineIn::setMaxLength(int length)
-{
-    m_maxLength = qMax(0, length);
-    updateRules();
-}
-
-bool VxLineIn::textEnabled() const
-{
-    return m_textEnabled;
-}
-
 void VxLineIn::setTextEnabled(bool enabled)
 {
     m_textEnabled = enabled;
-    for (QWidget *element : {static_cast<QWidget *>(m_txt), static_cast<QWidget *>(m_txi),
-                             static_cast<QWidget *>(m_mem), static_cast<QWidget *>(m_cmb),
-                             static_cast<QWidget *>(m_anz)})
+    for (QWidget *element : inputElements())
         element->setEnabled(enabled);
-}
-
-QString VxLineIn::textToolTip() const
-{
-    return m_textToolTip;
 }
 
 void VxLineIn::setTextToolTip(const QString &tip)
 {
     m_textToolTip = tip;
-    for (QWidget *element : {static_cast<QWidget *>(m_txt), static_cast<QWidget *>(m_txi),
-                             static_cast<QWidget *>(m_mem), static_cast<QWidget *>(m_cmb),
-                             static_cast<QWidget *>(m_anz)})
+    for (QWidget *element : inputElements())
         element->setToolTip(tip);
-}
-
-int VxLineIn::alignment() const
-{
-    return m_alignment;
 }
 
 void VxLineIn::setAlignment(int alignment)
 {
     m_alignment = alignment;
     Qt::Alignment horizontal = Qt::AlignLeft;
-    if (alignment == 1)
-        horizontal = Qt::AlignRight;
-    else if (alignment == 2)
-        horizontal = Qt::AlignHCenter;
+    switch (enumFromCode(alignment, HorizontalAlignment::Left)) {
+    case HorizontalAlignment::Left: horizontal = Qt::AlignLeft; break;
+    case HorizontalAlignment::Right: horizontal = Qt::AlignRight; break;
+    case HorizontalAlignment::Center: horizontal = Qt::AlignHCenter; break;
+    }
     m_anz->setAlignment(horizontal | Qt::AlignVCenter);
-}
-
-bool VxLineIn::useMnemonic() const
-{
-    return m_useMnemonic;
 }
 
 void VxLineIn::setUseMnemonic(bool on)
@@ -689,147 +277,16 @@ void VxLineIn::setUseMnemonic(bool on)
     syncElements(nullptr);
 }
 
-bool VxLineIn::buttonClickOnEnter() const
-{
-    return m_buttonClickOnEnter;
-}
-
-void VxLineIn::setButtonClickOnEnter(bool on)
-{
-    m_buttonClickOnEnter = on;
-}
-
-// --- Button ----------------------------------------------------------------
-
-QString VxLineIn::buttonCaption() const
-{
-    return m_buttonCaption;
-}
-
-void VxLineIn::setButtonCaption(const QString &caption)
-{
-    m_buttonCaption = caption;
-    updateButtonFace();
-}
-
-uint VxLineIn::buttonBackColor() const
-{
-    return m_buttonBackColor;
-}
-
-void VxLineIn::setButtonBackColor(uint color)
-{
-    m_buttonBackColor = color;
-    updateColors();
-}
-
-QFont VxLineIn::buttonFont() const
-{
-    return m_cmd->font();
-}
-
-void VxLineIn::setButtonFont(const QFont &font)
-{
-    m_cmd->setFont(font);
-}
-
-uint VxLineIn::buttonMaskColor() const
-{
-    return m_buttonMaskColor;
-}
-
-void VxLineIn::setButtonMaskColor(uint color)
-{
-    m_buttonMaskColor = color;
-    updateButtonFace();
-}
-
-bool VxLineIn::buttonUseMaskColor() const
-{
-    return m_buttonUseMaskColor;
-}
-
-void VxLineIn::setButtonUseMaskColor(bool on)
-{
-    m_buttonUseMaskColor = on;
-    updateButtonFace();
-}
-
-QString VxLineIn::buttonToolTip() const
-{
-    return m_cmd->toolTip();
-}
-
-void VxLineIn::setButtonToolTip(const QString &tip)
-{
-    m_cmd->setToolTip(tip);
-}
-
-QPixmap VxLineIn::buttonPicture() const
-{
-    return m_buttonPicture;
-}
-
-void VxLineIn::setButtonPicture(const QPixmap &picture)
-{
-    m_buttonPicture = picture;
-    updateButtonFace();
-}
-
-// --- Whole control ---------------------------------------------------------
-
-uint VxLineIn::backColor() const
-{
-    return m_backColor;
-}
-
-void VxLineIn::setBackColor(uint color)
-{
-    m_backColor = color;
-    updateColors();
-}
-
-uint VxLineIn::foreColor() const
-{
-    return m_foreColor;
-}
-
-void VxLineIn::setForeColor(uint color)
-{
-    m_foreColor = color;
-    updateColors();
-}
-
-int VxLineIn::ctlUseLng() const
-{
-    return m_ctlUseLng;
-}
-
-void VxLineIn::setCtlUseLng(int use)
-{
-    m_ctlUseLng = use;
-}
-
-int VxLineIn::comboLines() const
-{
-    return m_comboLines;
-}
-
 void VxLineIn::setComboLines(int lines)
 {
     m_comboLines = qMax(1, lines);
     m_cmb->setMaxVisibleItems(m_comboLines);
 }
 
-int VxLineIn::comboStyle() const
-{
-    return m_comboStyle;
-}
-
 void VxLineIn::setComboStyle(int style)
 {
-    m_comboStyle = style == 0 ? 0 : 2;
-    const bool editable = m_comboStyle == 0;
+    m_comboStyle = int(enumFromCode(style, ComboStyle::DropDownList));
+    const bool editable = m_comboStyle == int(ComboStyle::Editable);
     if (m_cmb->isEditable() != editable) {
         m_cmb->setEditable(editable);
         if (QLineEdit *edit = m_cmb->lineEdit()) {
@@ -846,385 +303,36 @@ void VxLineIn::setComboStyle(int style)
     m_cmb->setObjectName(editable ? u"cmb0"_s : u"cmb2"_s);
 }
 
-bool VxLineIn::showImage() const
-{
-    return m_showImage;
-}
-
-void VxLineIn::setShowImage(bool show)
-{
-    m_showImage = show;
-    updateVisibility();
-}
-
-QPixmap VxLineIn::linePicture() const
-{
-    return m_linePicture;
-}
-
-void VxLineIn::setLinePicture(const QPixmap &picture)
-{
-    m_linePicture = picture;
-    relayout();
-}
-
-QString VxLineIn::tag() const
-{
-    return m_tag;
-}
-
-void VxLineIn::setTag(const QString &tag)
-{
-    m_tag = tag;
-}
-
-QString VxLineIn::tagUser2() const
-{
-    return m_tagUser2;
-}
-
-void VxLineIn::setTagUser2(const QString &tag)
-{
-    m_tagUser2 = tag;
-}
-
-int VxLineIn::cid() const
-{
-    return m_cid;
-}
-
-void VxLineIn::setCid(int id)
-{
-    m_cid = id;
-}
-
-bool VxLineIn::designMode() const
-{
-    return m_designMode;
-}
-
-void VxLineIn::setDesignMode(bool on)
-{
-    m_designMode = on;
-}
-
-// --- Combo list ------------------------------------------------------------
-
-int VxLineIn::addItem(const QString &text, int itemData, const QString &itemTag)
-{
-    const int index = m_cmb->count();
-    const QSignalBlocker blocker(m_cmb); // adding never selects anything by itself
-    m_cmb->addItem(text);
-    m_cmb->setItemData(index, itemData, itemDataRole);
-    m_cmb->setItemData(index, itemTag, itemTagRole);
-    if (m_cmb->currentIndex() != -1 && m_cmb->count() == 1) {
-        m_cmb->setCurrentIndex(-1);
-        if (m_cmb->isEditable())
-            m_cmb->setEditText(QString());
-    }
-    return index;
-}
-
-void VxLineIn::removeItem(int index)
-{
-    if (index >= 0 && index < m_cmb->count())
-        m_cmb->removeItem(index);
-}
-
-void VxLineIn::clearList()
-{
-    m_cmb->clear();
-}
-
-int VxLineIn::listCount() const
-{
-    return m_cmb->count();
-}
-
-int VxLineIn::listIndex() const
-{
-    return m_cmb->currentIndex();
-}
-
-void VxLineIn::setListIndex(int index)
-{
-    m_cmb->setCurrentIndex(index >= 0 && index < m_cmb->count() ? index : -1);
-}
-
-QString VxLineIn::itemText(int index) const
-{
-    return m_cmb->itemText(index);
-}
-
-int VxLineIn::itemData(int index) const
-{
-    if (index < 0 || index >= m_cmb->count())
-        return 0;
-    return m_cmb->itemData(index, itemDataRole).toInt();
-}
-
-void VxLineIn::setItemData(int index, int number)
-{
-    if (index >= 0 && index < m_cmb->count())
-        m_cmb->setItemData(index, number, itemDataRole);
-}
-
-QString VxLineIn::itemTag(int index) const
-{
-    if (index < 0 || index >= m_cmb->count())
-        return {};
-    return m_cmb->itemData(index, itemTagRole).toString();
-}
-
-void VxLineIn::setItemTag(int index, const QString &tag)
-{
-    if (index >= 0 && index < m_cmb->count())
-        m_cmb->setItemData(index, tag, itemTagRole);
-}
-
-bool VxLineIn::selectByItemTag(const QString &tag)
-{
-    for (int i = 0; i < m_cmb->count(); ++i) {
-        if (itemTag(i) == tag) {
-            setListIndex(i);
-            return true;
-        }
-    }
-    return false;
-}
-
-bool VxLineIn::selectByItemData(int number)
-{
-    for (int i = 0; i < m_cmb->count(); ++i) {
-        if (itemData(i) == number) {
-            setListIndex(i);
-            return true;
-        }
-    }
-    return false;
-}
-
-QString VxLineIn::listFocusItemTag() const
-{
-    return itemTag(m_cmb->currentIndex());
-}
-
-QString VxLineIn::comboText() const
-{
-    return m_cmb->currentText();
-}
-
-// --- Run-time members ------------------------------------------------------
-
-bool VxLineIn::edited() const
-{
-    return m_edited;
-}
-
-void VxLineIn::setEdited(bool edited)
-{
-    m_edited = edited;
-}
-
-void VxLineIn::setActive()
-{
-    if (QWidget *element = focusElement())
-        element->setFocus(Qt::OtherFocusReason);
-}
-
-void VxLineIn::fireEventChange()
-{
-    if (!m_terminated)
-        Q_EMIT change();
-}
-
-void VxLineIn::sendChangeMsg()
-{
-    QTimer::singleShot(0, this, &VxLineIn::fireEventChange);
-}
-
-void VxLineIn::autoSizeLabel()
-{
-    const int needed = m_lbl->fontMetrics().horizontalAdvance(m_caption) + 2;
-    // Back to 96-DPI pixels, the unit LabelWidth is kept in.
-    setLabelWidth(qRound(needed * 96.0 / qMax(1, logicalDpiX())));
-}
-
-QPushButton *VxLineIn::buttonControl() const
-{
-    return m_cmd;
-}
-
-int VxLineIn::ctlLeft() const
-{
-    const QWidget *element = inputElement();
-    return element ? element->x() : 0;
-}
-
-int VxLineIn::ctlWidth() const
-{
-    const QWidget *element = inputElement();
-    return element ? element->width() : 0;
-}
-
-void VxLineIn::setSuppressFocus(bool suppress)
-{
-    m_suppressFocus = suppress;
-}
-
-bool VxLineIn::suppressFocus() const
-{
-    return m_suppressFocus;
-}
-
-QString VxLineIn::dialogFilter() const
-{
-    return lineInputFilter(m_dlgFileType, m_dlgFileExtension);
-}
-
-void VxLineIn::setDialogs(std::shared_ptr<LineInputDialogs> dialogs)
-{
-    m_dialogs = std::move(dialogs);
-}
-
-// --- The click sequence ----------------------------------------------------
-
-void VxLineIn::clickButton()
-{
-    if (m_terminated)
-        return;
-    if (m_designMode) {
-        showControlMessage(this, controlText(ControlText::NotAtDesignTime));
-        return;
-    }
-    const QString before = m_text;
-    Q_EMIT beforeButtonClicked();
-    // A host slot may have terminated the control.
-    if (!m_terminated) {
-        if (m_controlStyle == 1) {
-            if (m_commandStyle == 0)
-                clearCombo();
-            else
-                Q_EMIT buttonClicked();
-        } else {
-            runCommand();
-        }
-    }
-    if (!m_suppressFocus && !m_terminated) {
-        setActive();
-        QCoreApplication::processEvents();
-    }
-    Q_EMIT afterButtonClicked();
-    if (m_text != before) {
-        m_edited = true;
-        Q_EMIT change();
-    }
-    Q_EMIT afterButtonClickedFinished();
-}
-
-void VxLineIn::runCommand()
-{
-    LineInputDialogs &dialogs = m_dialogs ? *m_dialogs : *standardLineInputDialogs();
-    const QString start = lineInputStartPath(m_text, m_defaultFilename);
-    QString result;
-    bool chosen = false;
-    switch (m_commandStyle) {
-    case 0:
-        result.clear();
-        chosen = true;
-        break;
-    case 1: {
-        const QString caption = m_dlgOpenCaption.isEmpty() ? controlText(ControlText::OpenCaption) : m_dlgOpenCaption;
-        result = dialogs.openFile(dialogOwner(), caption, start, dialogFilter());
-        chosen = !result.isEmpty();
-        break;
-    }
-    case 2: {
-        const QString caption = m_dlgSaveCaption.isEmpty() ? controlText(ControlText::SaveCaption) : m_dlgSaveCaption;
-        result = dialogs.saveFile(dialogOwner(), caption, start, dialogFilter());
-        chosen = !result.isEmpty();
-        break;
-    }
-    case 3: {
-        const QString caption = m_dlgPathCaption.isEmpty() ? controlText(ControlText::PathCaption) : m_dlgPathCaption;
-        const QString startDir = m_text.section(QLatin1Char('|'), 0, 0).trimmed();
-        result = dialogs.chooseFolder(dialogOwner(), caption, startDir, m_dlgFolderStyle == 1);
-        chosen = !result.isEmpty();
-        if (chosen && !m_dlgFolderNamesAsis)
-            result = QDir::cleanPath(result);
-        break;
-    }
-    case 4:
-        Q_EMIT buttonClicked();
-        return;
-    case 5:
-        if (QClipboard *clipboard = QGuiApplication::clipboard()) {
-            clipboard->clear();
-            clipboard->setText(m_text);
-        }
-        return;
-    case 6: {
-        const QString caption = m_dlgOpenCaption.isEmpty() ? controlText(ControlText::OpenCaption) : m_dlgOpenCaption;
-        const QStringList files = dialogs.openFiles(dialogOwner(), caption, start, dialogFilter());
-        result = files.join(pathSeparator());
-        chosen = !files.isEmpty();
-        break;
-    }
-    default:
-        return;
-    }
-    if (!chosen || m_terminated)
-        return; // a cancelled dialog leaves the text as it was
-    // The change is reported once, at the end of the click sequence.
-    m_quiet = true;
-    setText(result);
-    m_quiet = false;
-}
-
-void VxLineIn::clearCombo()
-{
-    m_cmb->setCurrentIndex(-1);
-    if (m_cmb->isEditable())
-        m_cmb->clearEditText();
-}
-
-QWidget *VxLineIn::dialogOwner()
-{
-    QWidget *owner = window();
-    Q_EMIT requestMainForm(&owner);
-    return owner;
-}
-
 // --- Elements --------------------------------------------------------------
 
 QWidget *VxLineIn::inputElement() const
 {
-    switch (m_controlStyle) {
-    case 1:
-        return m_cmb;
-    case 2:
-        return m_mem;
-    case 3:
-        return m_anz;
-    case 4:
-        return m_txi;
-    default:
-        return m_txt;
+    switch (controlStyleKind()) {
+    case ControlStyle::Text: return m_txt;
+    case ControlStyle::Combo: return m_cmb;
+    case ControlStyle::Memo: return m_mem;
+    case ControlStyle::Display: return m_anz;
+    case ControlStyle::SecondText: return m_txi;
     }
+    return m_txt;
 }
 
 QWidget *VxLineIn::focusElement() const
 {
-    switch (m_controlStyle) {
-    case 1:
-        return m_cmb;
-    case 2:
-        return m_mem;
-    case 4:
-        return m_txi;
-    default:
-        return m_txt;
+    // The display field takes no focus; its hidden text box is named instead.
+    switch (controlStyleKind()) {
+    case ControlStyle::Text:
+    case ControlStyle::Display: return m_txt;
+    case ControlStyle::Combo: return m_cmb;
+    case ControlStyle::Memo: return m_mem;
+    case ControlStyle::SecondText: return m_txi;
     }
+    return m_txt;
+}
+
+QList<QWidget *> VxLineIn::inputElements() const
+{
+    return {m_txt, m_cmb, m_mem, m_anz, m_txi};
 }
 
 void VxLineIn::setTextFromUser(const QString &text, QObject *source)
@@ -1257,11 +365,8 @@ void VxLineIn::syncElements(QObject *source)
 
 void VxLineIn::updateVisibility()
 {
-    m_txt->setVisible(m_controlStyle != 1 && m_controlStyle != 2 && m_controlStyle != 3 && m_controlStyle != 4);
-    m_cmb->setVisible(m_controlStyle == 1);
-    m_mem->setVisible(m_controlStyle == 2);
-    m_anz->setVisible(m_controlStyle == 3);
-    m_txi->setVisible(m_controlStyle == 4);
+    for (QWidget *element : inputElements())
+        element->setVisible(element == inputElement());
     m_cmd->setVisible(m_buttonShow);
     m_chk->setVisible(m_checkboxShow);
     m_img->setVisible(m_showImage);
@@ -1308,20 +413,20 @@ void VxLineIn::updateColors()
 void VxLineIn::updateButtonFace()
 {
     QIcon icon;
-    switch (m_pictureType) {
-    case 1:
+    switch (enumFromCode(m_pictureType, PictureType::OwnPicture)) {
+    case PictureType::Folder:
         icon = style()->standardIcon(QStyle::SP_DirOpenIcon, nullptr, this);
         break;
-    case 2:
+    case PictureType::OpenFile:
         icon = style()->standardIcon(QStyle::SP_DialogOpenButton, nullptr, this);
         break;
-    case 3:
+    case PictureType::SaveFile:
         icon = style()->standardIcon(QStyle::SP_DialogSaveButton, nullptr, this);
         break;
-    case 4:
+    case PictureType::Clear:
         icon = style()->standardIcon(QStyle::SP_LineEditClearButton, nullptr, this);
         break;
-    default:
+    case PictureType::OwnPicture:
         if (!m_buttonPicture.isNull()) {
             QPixmap picture = m_buttonPicture;
             if (m_buttonUseMaskColor) {
@@ -1339,17 +444,6 @@ void VxLineIn::updateButtonFace()
         m_cmd->setText(icon.isNull() ? u"..."_s : QString());
 }
 
-void VxLineIn::updateLabelText()
-{
-    // A caption wider than its column is cut with "…" rather than in the middle
-    // of a letter, and shown whole in the tooltip.
-    const QFontMetrics metrics(m_lbl->font());
-    const int room = m_lbl->width();
-    const bool fits = room <= 0 || metrics.horizontalAdvance(m_caption) <= room;
-    m_lbl->setText(fits ? m_caption : metrics.elidedText(m_caption, Qt::ElideRight, room));
-    m_lbl->setToolTip(m_labelToolTip.isEmpty() && !fits ? m_caption : m_labelToolTip);
-}
-
 void VxLineIn::updateLabelAlignment()
 {
     const QString code = m_labelAlignment.trimmed().left(1).toUpper();
@@ -1359,245 +453,6 @@ void VxLineIn::updateLabelAlignment()
     else if (code == u"C")
         horizontal = Qt::AlignHCenter;
     m_lbl->setAlignment(horizontal | Qt::AlignVCenter);
-}
-
-void VxLineIn::relayout()
-{
-    m_con->setGeometry(rect());
-    m_gry->setGeometry(rect());
-    const int gap = scaledPixels(m_controlDistance, this);
-    const int top = scaledPixels(m_topDistance, this);
-    const int rowHeight = qMax(0, height() - top);
-    int x = scaledPixels(m_leftOffset, this);
-    const int blockStart = x;
-
-    if (m_showImage) {
-        const int side = qMin(rowHeight, scaledPixels(16, this));
-        m_img->setGeometry(x, top + (rowHeight - side) / 2, side, side);
-        if (!m_linePicture.isNull())
-            m_img->setPixmap(m_linePicture.scaled(QSize(side, side) * devicePixelRatioF(), Qt::KeepAspectRatio,
-                                                  Qt::SmoothTransformation));
-        else
-            m_img->clear();
-        x += side + gap;
-    }
-    // Beside a multi-line box, label, check box and button keep to its first line.
-    const int sideHeight = m_controlStyle == 2 ? qMin(rowHeight, m_txt->sizeHint().height()) : rowHeight;
-    if (m_checkboxShow) {
-        const int width = m_chk->sizeHint().width();
-        m_chk->setGeometry(x, top, width, sideHeight);
-        x += width + gap;
-    }
-    int labelWidth = scaledPixels(m_labelWidth, this);
-    if (m_fixedBlockWidth > 0)
-        labelWidth = qMax(0, scaledPixels(m_fixedBlockWidth, this) - (x - blockStart));
-    m_lbl->setVisible(labelWidth > 0);
-    if (labelWidth > 0) {
-        m_lbl->setGeometry(x, top, labelWidth, sideHeight);
-        updateLabelText();
-        x += labelWidth + gap;
-    }
-
-    int right = width();
-    if (m_buttonShow) {
-        const int buttonWidth = scaledPixels(m_buttonWidth, this);
-        m_cmd->setGeometry(right - buttonWidth, top, buttonWidth, sideHeight);
-        right -= buttonWidth + gap;
-    }
-    const QRect element(x, top, qMax(0, right - x), rowHeight);
-    for (QWidget *widget : {static_cast<QWidget *>(m_txt), static_cast<QWidget *>(m_txi),
-                            static_cast<QWidget *>(m_mem), static_cast<QWidget *>(m_cmb),
-                            static_cast<QWidget *>(m_anz)})
-        widget->setGeometry(element);
-}
-
-QSize VxLineIn::sizeHint() const
-{
-    const int gap = scaledPixels(m_controlDistance, this);
-    int lineHeight = qMax(m_txt->sizeHint().height(), m_cmb->sizeHint().height());
-    if (m_controlStyle == 2)
-        lineHeight = m_mem->fontMetrics().lineSpacing() * 3 + 2 * m_mem->frameWidth() + 8;
-    int width = scaledPixels(m_leftOffset, this)
-        + scaledPixels(m_fixedBlockWidth > 0 ? m_fixedBlockWidth : m_labelWidth, this) + gap
-        + scaledPixels(160, this);
-    if (m_buttonShow)
-        width += gap + scaledPixels(m_buttonWidth, this);
-    return {width, scaledPixels(m_topDistance, this) + lineHeight};
-}
-
-QSize VxLineIn::minimumSizeHint() const
-{
-    return {scaledPixels(m_leftOffset + 40, this), scaledPixels(m_topDistance, this) + m_txt->minimumSizeHint().height()};
-}
-
-// --- Events ----------------------------------------------------------------
-
-bool VxLineIn::isTextElement(const QObject *object) const
-{
-    return object == m_txt || object == m_txi || object == m_mem || object == m_mem->viewport();
-}
-
-bool VxLineIn::eventFilter(QObject *watched, QEvent *event)
-{
-    if (m_terminated)
-        return QWidget::eventFilter(watched, event);
-    const bool textElement = isTextElement(watched);
-    const bool combo = watched == m_cmb || (m_cmb->lineEdit() && watched == m_cmb->lineEdit());
-    switch (event->type()) {
-    case QEvent::KeyPress: {
-        auto *key = static_cast<QKeyEvent *>(event);
-        const bool enter = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
-        if (combo)
-            Q_EMIT comboKeyPress(key->key());
-        if (enter && m_buttonClickOnEnter && (combo || (textElement && watched != m_mem))) {
-            clickButton();
-            return true;
-        }
-        if (combo && m_locked)
-            return true;
-        if (textElement && !m_retyping && key->text().size() == 1 && key->text().at(0).isPrint()) {
-            QChar character = key->text().at(0);
-            Q_EMIT keyPressBeforeCheck(&character);
-            if (character.isNull())
-                return true;
-            if (character != key->text().at(0)) {
-                // Hand the element the character the host asked for instead.
-                QKeyEvent replaced(QEvent::KeyPress, 0, key->modifiers(), QString(character));
-                m_retyping = true;
-                QCoreApplication::sendEvent(watched, &replaced);
-                m_retyping = false;
-                return true;
-            }
-        }
-        break;
-    }
-    case QEvent::MouseButtonPress:
-    case QEvent::Wheel:
-        if (combo && m_locked)
-            return true;
-        if (watched == m_lbl && event->type() == QEvent::MouseButtonPress) {
-            auto *mouse = static_cast<QMouseEvent *>(event);
-            Q_EMIT labelMouseDown(mouse->button(), mouse->position().toPoint());
-        }
-        break;
-    case QEvent::MouseButtonRelease: {
-        auto *mouse = static_cast<QMouseEvent *>(event);
-        if (watched == m_lbl) {
-            Q_EMIT labelMouseUp(mouse->button(), mouse->position().toPoint());
-            if (mouse->button() == Qt::LeftButton && m_lbl->rect().contains(mouse->position().toPoint()))
-                Q_EMIT labelClick();
-        } else if (watched == m_cmd && mouse->button() == Qt::RightButton) {
-            Q_EMIT buttonRightClick();
-        }
-        break;
-    }
-    case QEvent::MouseButtonDblClick:
-        if (watched == m_lbl)
-            Q_EMIT labelDblClick();
-        break;
-    case QEvent::ContextMenu:
-        if (watched == m_lbl) {
-            Q_EMIT labelPopMenu(static_cast<QContextMenuEvent *>(event)->globalPos());
-            return true;
-        }
-        break;
-    case QEvent::FocusIn:
-        if (textElement)
-            Q_EMIT gotFocusText();
-        else if (watched == m_cmb)
-            Q_EMIT gotFocusCombo();
-        break;
-    case QEvent::FocusOut:
-        if (textElement)
-            Q_EMIT lostFocusText();
-        else if (watched == m_cmb)
-            Q_EMIT lostFocusCombo();
-        break;
-    case QEvent::DragEnter:
-    case QEvent::DragMove:
-        if ((textElement || watched == m_anz) && acceptsFileDrop(static_cast<QDropEvent *>(event)->mimeData())) {
-            static_cast<QDropEvent *>(event)->acceptProposedAction();
-            return true;
-        }
-        break;
-    case QEvent::Drop:
-        if ((textElement || watched == m_anz) && dropFiles(static_cast<QDropEvent *>(event)->mimeData())) {
-            static_cast<QDropEvent *>(event)->acceptProposedAction();
-            return true;
-        }
-        break;
-    default:
-        break;
-    }
-    return QWidget::eventFilter(watched, event);
-}
-
-void VxLineIn::resizeEvent(QResizeEvent *event)
-{
-    QWidget::resizeEvent(event);
-    relayout();
-}
-
-void VxLineIn::changeEvent(QEvent *event)
-{
-    QWidget::changeEvent(event);
-    switch (event->type()) {
-    case QEvent::PaletteChange:
-        if (m_autoAmbientChanges)
-            updateColors();
-        break;
-    case QEvent::StyleChange:
-        updateButtonFace();
-        relayout();
-        break;
-    case QEvent::FontChange:
-        updateGeometry();
-        relayout();
-        break;
-    default:
-        break;
-    }
-}
-
-void VxLineIn::dragEnterEvent(QDragEnterEvent *event)
-{
-    if (!m_terminated && acceptsFileDrop(event->mimeData()))
-        event->acceptProposedAction();
-    else
-        QWidget::dragEnterEvent(event);
-}
-
-void VxLineIn::dropEvent(QDropEvent *event)
-{
-    if (!m_terminated && dropFiles(event->mimeData()))
-        event->acceptProposedAction();
-    else
-        QWidget::dropEvent(event);
-}
-
-bool VxLineIn::acceptsFileDrop(const QMimeData *mime) const
-{
-    return m_controlStyle != 1 && !m_locked && m_textEnabled && !m_greyControl && !localFiles(mime).isEmpty();
-}
-
-bool VxLineIn::dropFiles(const QMimeData *mime)
-{
-    if (!acceptsFileDrop(mime))
-        return false;
-    QStringList files = localFiles(mime);
-    if (!m_allowDDMultiFiles)
-        files = files.mid(0, 1);
-    QString joined = files.join(pathSeparator());
-    if (m_appendOleDDFiles && !m_text.isEmpty())
-        joined = m_text % pathSeparator() % joined;
-    if (joined != m_text) {
-        m_text = joined;
-        m_edited = true;
-        syncElements(nullptr);
-        Q_EMIT change();
-    }
-    Q_EMIT oleDragDropDone();
-    return true;
 }
 
 // --- Control hooks ---------------------------------------------------------

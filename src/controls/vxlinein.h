@@ -8,8 +8,10 @@
 #include <QPointer>
 #include <QWidget>
 
+#include "controls/controlcodes.h"
 #include "controls/controlsupport.h"
 #include "controls/lineinput_edit.h"
+#include "controls/vxcolor.h"
 
 class QCheckBox;
 class QComboBox;
@@ -25,12 +27,9 @@ class LineInputDialogs;
 /// A one-line input: label on the left, one input element in the middle and
 /// a command button on the right, laid out in a single row.
 ///
-/// `ControlStyle` picks the input element: 0 text box `txt`, 1 combo box
-/// (`ComboStyle` 0: editable `cmb0`, 2: drop-down list `cmb2`), 2 multi-line
-/// box `mem`, 3 read-only display `anz`, 4 second text box `txi` (right
-/// aligned, for numbers). `CommandStyle` picks what the button does: 0 clear,
-/// 1 open a file, 2 save a file, 3 choose a folder, 4 only report the click
-/// (buttonClicked), 5 copy the text to the clipboard, 6 open several files.
+/// `ControlStyle` picks the input element and `CommandStyle` what the button
+/// does; their integer codes, and those of `ComboStyle`, `PictureType`,
+/// `DlgFolderStyle` and `Alignment`, are read as the enums below.
 ///
 /// Widths and gaps are in pixels of a 96-DPI screen and scale with the
 /// screen's logical DPI. Colours are stored colour values (see
@@ -52,7 +51,7 @@ class VxLineIn : public QWidget, public ControlHooks
     Q_PROPERTY(QString DlgOpenCaption READ dlgOpenCaption WRITE setDlgOpenCaption)
     Q_PROPERTY(QString DlgSaveCaption READ dlgSaveCaption WRITE setDlgSaveCaption)
     Q_PROPERTY(QString DlgPathCaption READ dlgPathCaption WRITE setDlgPathCaption)
-    /// 0: the folder dialog also lists files; 1 (default): folders only.
+    /// See FolderStyle; default 1, folders only.
     Q_PROPERTY(int DlgFolderStyle READ dlgFolderStyle WRITE setDlgFolderStyle)
     /// True: the chosen folder is kept exactly as the dialog returns it.
     /// False (default): it is cleaned ("//" and a trailing "/" removed). The
@@ -66,8 +65,6 @@ class VxLineIn : public QWidget, public ControlHooks
     Q_PROPERTY(int ControlStyle READ controlStyle WRITE setControlStyle)
     Q_PROPERTY(bool GreyControl READ greyControl WRITE setGreyControl)
     Q_PROPERTY(int CommandStyle READ commandStyle WRITE setCommandStyle)
-    /// Picture on the button: 0 ButtonPicture (or the caption, or "..."),
-    /// 1 folder, 2 open file, 3 save file, 4 clear.
     Q_PROPERTY(int PictureType READ pictureType WRITE setPictureType)
     /// True (default): font and system colours follow the host. False pins
     /// them as they are; switching back drops a font or palette set on the
@@ -96,7 +93,7 @@ class VxLineIn : public QWidget, public ControlHooks
     Q_PROPERTY(int MaxLength READ maxLength WRITE setMaxLength)
     Q_PROPERTY(bool Enabled READ textEnabled WRITE setTextEnabled)
     Q_PROPERTY(QString TextToolTip READ textToolTip WRITE setTextToolTip)
-    /// Alignment of the display field: 0 left, 1 right, 2 centred.
+    /// Alignment of the display field (HorizontalAlignment; unknown codes: left).
     Q_PROPERTY(int Alignment READ alignment WRITE setAlignment)
     Q_PROPERTY(bool UseMnemonic READ useMnemonic WRITE setUseMnemonic)
     Q_PROPERTY(bool ButtonClickOnEnter READ buttonClickOnEnter WRITE setButtonClickOnEnter)
@@ -124,6 +121,43 @@ class VxLineIn : public QWidget, public ControlHooks
     Q_PROPERTY(bool DesignMode READ designMode WRITE setDesignMode)
 
 public:
+    /// The input element (ControlStyle); unknown codes use the text box.
+    enum class ControlStyle {
+        Text = 0,       ///< text box `txt`
+        Combo = 1,      ///< combo box, editable `cmb0` or drop-down list `cmb2` by ComboStyle
+        Memo = 2,       ///< multi-line box `mem`
+        Display = 3,    ///< read-only display field `anz`
+        SecondText = 4, ///< second text box `txi`, right aligned, for numbers
+    };
+    Q_ENUM(ControlStyle)
+
+    /// What the button does (CommandStyle). On a combo line every command
+    /// but Clear only reports the click.
+    enum class CommandStyle {
+        None = -1,        ///< every unknown code: only the events of the click
+        Clear = 0,
+        OpenFile = 1,
+        SaveFile = 2,
+        ChooseFolder = 3,
+        ReportClick = 4,  ///< raise buttonClicked() and nothing else
+        CopyText = 5,     ///< put the text on the clipboard
+        OpenFiles = 6,    ///< several files, joined with pathSeparator()
+    };
+    Q_ENUM(CommandStyle)
+
+    /// The combo box of ControlStyle 1 (ComboStyle); every code but 0 is a drop-down list.
+    enum class ComboStyle { Editable = 0, DropDownList = 2 };
+    Q_ENUM(ComboStyle)
+
+    /// Picture on the button (PictureType); unknown codes show ButtonPicture,
+    /// or without one the caption or "...".
+    enum class PictureType { OwnPicture = 0, Folder = 1, OpenFile = 2, SaveFile = 3, Clear = 4 };
+    Q_ENUM(PictureType)
+
+    /// What the folder dialog lists (DlgFolderStyle); unknown codes list files too.
+    enum class FolderStyle { FilesAndFolders = 0, FoldersOnly = 1 };
+    Q_ENUM(FolderStyle)
+
     explicit VxLineIn(QWidget *parent = nullptr);
     ~VxLineIn() override;
 
@@ -360,10 +394,14 @@ protected:
     QList<QPair<QString, LngPropertyType>> lngProperties() const override;
 
 private:
+    ControlStyle controlStyleKind() const;
+    CommandStyle commandStyleKind() const;
     void runCommand();
     void clearCombo();
     QWidget *inputElement() const;
     QWidget *focusElement() const;
+    /// The five input elements, which share the text-element settings.
+    QList<QWidget *> inputElements() const;
     void setTextFromUser(const QString &text, QObject *source);
     void syncElements(QObject *source);
     void updateVisibility();
@@ -373,6 +411,8 @@ private:
     void updateLabelAlignment();
     void updateLabelText();
     void relayout();
+    /// Lays the row out again after a change of its height.
+    void resizeRow();
     bool acceptsFileDrop(const QMimeData *mime) const;
     bool dropFiles(const QMimeData *mime);
     QWidget *dialogOwner();
@@ -403,7 +443,7 @@ private:
     QString m_dlgOpenCaption;
     QString m_dlgSaveCaption;
     QString m_dlgPathCaption;
-    int m_dlgFolderStyle = 1;
+    int m_dlgFolderStyle = int(FolderStyle::FoldersOnly);
     bool m_dlgFolderNamesAsis = false;
     QString m_defaultFilename;
     bool m_buttonShow = true;
@@ -417,14 +457,14 @@ private:
     bool m_appendOleDDFiles = false;
     bool m_allowDDMultiFiles = false;
     QString m_caption;
-    uint m_labelForeColor = 0x80000012u;
+    uint m_labelForeColor = SystemColor::ButtonText;
     QString m_labelAlignment;
     QString m_labelToolTip;
     bool m_checkboxShow = false;
     bool m_value = true;
     QString m_text;
-    uint m_textForeColor = 0x80000008u;
-    uint m_textBackColor = 0x80000005u;
+    uint m_textForeColor = SystemColor::WindowText;
+    uint m_textBackColor = SystemColor::Window;
     bool m_locked = false;
     QString m_passwordChar;
     int m_maxLength = 0;
@@ -434,15 +474,15 @@ private:
     bool m_useMnemonic = false;
     bool m_buttonClickOnEnter = false;
     QString m_buttonCaption;
-    uint m_buttonBackColor = 0x8000000Fu;
-    uint m_buttonMaskColor = 0xC0C0C0u;
+    uint m_buttonBackColor = SystemColor::ButtonFace;
+    uint m_buttonMaskColor = FixedColor::Silver;
     bool m_buttonUseMaskColor = true;
     QPixmap m_buttonPicture;
-    uint m_backColor = 0x8000000Fu;
-    uint m_foreColor = 0x80000012u;
+    uint m_backColor = SystemColor::ButtonFace;
+    uint m_foreColor = SystemColor::ButtonText;
     int m_ctlUseLng = 0;
     int m_comboLines = 8;
-    int m_comboStyle = 2;
+    int m_comboStyle = int(ComboStyle::DropDownList);
     bool m_showImage = false;
     QPixmap m_linePicture;
     QString m_tag;

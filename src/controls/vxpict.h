@@ -10,37 +10,16 @@
 #include <QTimer>
 #include <QWidget>
 
+#include "controls/controlsupport.h"
 #include "controls/pictureloader.h"
 #include "controls/vxborder.h"
 #include "controls/vxcolor.h"
-#include "controls/controlsupport.h"
 
 class QMenu;
 
 namespace valtrona {
 
 class Base64Encoding;
-
-/// Size modes of the picture view (PreviewSize).
-namespace PreviewSizeMode {
-inline constexpr int Fit = 0;       ///< as large as fits the work area, aspect kept
-inline constexpr int Original = 1;  ///< the picture's own size
-inline constexpr int Thumbnail = 2; ///< ThumbnailHeight high, aspect kept
-inline constexpr int Stretch = 3;   ///< stretched over the whole work area
-inline constexpr int Count = 4;
-} // namespace PreviewSizeMode
-
-/// The size at which a picture of `ownSize` is shown in an area of
-/// `area` by the size mode `previewSize` (unknown modes fit), then scaled
-/// by `zoom`. Empty when there is nothing to show.
-QSize pictureShownSize(const QSize &ownSize, const QSize &area, int previewSize,
-                       int thumbnailHeight, double zoom);
-
-/// Where a picture of `shown` size goes in `area` by PictureAlignment:
-/// 0..8 read like a keypad from the top left (0 top left, 1 top centre,
-/// 2 top right, 3 middle left, 4 centre, ... 8 bottom right); any other
-/// code centres. A picture larger than the area overhangs it the same way.
-QRect picturePlacement(const QSize &shown, const QRect &area, int alignment);
 
 /// A picture view: shows one picture from a file, from memory or set
 /// directly, inside a framed area (the border styles of VxCont), fitted,
@@ -50,6 +29,10 @@ QRect picturePlacement(const QSize &shown, const QRect &area, int alignment);
 /// Pictures are read through a PictureLoader at the size they are shown,
 /// never larger; when the view grows the picture is read again at the
 /// better size. Assigning FileName raises loadStart() and loadDone().
+///
+/// The integer codes of PreviewSize, ShowPictureToolTip, PictureAlignment,
+/// BorderStyle and BackStyle are read as the enums below and in
+/// controlcodes.h; the properties keep the integers as they were set.
 class VxPict : public QWidget, public ControlHooks
 {
     Q_OBJECT
@@ -99,6 +82,39 @@ class VxPict : public QWidget, public ControlHooks
     Q_PROPERTY(int DisplayHeight READ displayHeight)
 
 public:
+    /// How large the picture is shown (PreviewSize); unknown codes fit.
+    enum class PreviewSize {
+        Fit = 0,       ///< as large as fits the work area, aspect kept
+        Original = 1,  ///< the picture's own size
+        Thumbnail = 2, ///< ThumbnailHeight high, aspect kept
+        Stretch = 3,   ///< stretched over the whole work area
+    };
+    Q_ENUM(PreviewSize)
+
+    /// What the tooltip shows (ShowPictureToolTip); unknown codes show none.
+    enum class PictureToolTip {
+        None = 0,
+        Size = 1,        ///< "640x480"
+        FileName = 2,    ///< the file name
+        SizeAndName = 3, ///< "640x480 - file name"; only the name while no picture is held
+    };
+    Q_ENUM(PictureToolTip)
+
+    /// Where the picture sits in the work area (PictureAlignment), read like
+    /// a keypad from the top left; unknown codes centre.
+    enum class PictureAlignment {
+        TopLeft = 0,
+        TopCenter = 1,
+        TopRight = 2,
+        MiddleLeft = 3,
+        Center = 4,
+        MiddleRight = 5,
+        BottomLeft = 6,
+        BottomCenter = 7,
+        BottomRight = 8,
+    };
+    Q_ENUM(PictureAlignment)
+
     explicit VxPict(QWidget *parent = nullptr);
     ~VxPict() override;
 
@@ -297,7 +313,11 @@ private:
 
     Layout computeLayout() const;
     BorderOptions borderOptions() const;
+    /// Places the held picture again and redraws the view.
+    void relayout();
     bool refusedAtDesignTime();
+    /// Drops the picture, its source and the file name, and redraws.
+    void forgetPicture();
     bool placePicture();
     void updateToolTip();
     void readAgainIfTooSmall();
@@ -330,7 +350,7 @@ private:
     int m_pictureAlignment = 4;
     bool m_doEventsOnLoadPicture = true;
     bool m_useMaskColor = false;
-    uint m_maskColor = 0xFF00FF;
+    uint m_maskColor = FixedColor::Magenta;
     bool m_setFocusOnShow = false;
     bool m_pictureFrameFlat = false;
     uint m_borderColor = SystemColor::ButtonFace;
@@ -340,7 +360,7 @@ private:
     bool m_reloadFileName = false;
     bool m_designMode = false;
     int m_outerOffset = 0;
-    int m_previewSize = PreviewSizeMode::Fit;
+    int m_previewSize = int(PreviewSize::Fit);
     double m_zoomfaktor = 1.0;
     int m_showPictureToolTip = 0;
 
@@ -361,5 +381,26 @@ private:
     std::function<quint32()> m_ticks;
     QElapsedTimer m_clock;
 };
+
+/// The size modes of the picture view as the integer codes PreviewSize holds.
+namespace PreviewSizeMode {
+inline constexpr int Fit = int(VxPict::PreviewSize::Fit);
+inline constexpr int Original = int(VxPict::PreviewSize::Original);
+inline constexpr int Thumbnail = int(VxPict::PreviewSize::Thumbnail);
+inline constexpr int Stretch = int(VxPict::PreviewSize::Stretch);
+inline constexpr int Count = 4;
+} // namespace PreviewSizeMode
+
+/// The size at which a picture of `ownSize` is shown in an area of
+/// `area` by the size mode `previewSize` (unknown modes fit), then scaled
+/// by `zoom`. Empty when there is nothing to show.
+QSize pictureShownSize(const QSize &ownSize, const QSize &area, int previewSize,
+                       int thumbnailHeight, double zoom);
+
+/// Where a picture of `shown` size goes in `area` by PictureAlignment:
+/// 0..8 read like a keypad from the top left (0 top left, 1 top centre,
+/// 2 top right, 3 middle left, 4 centre, ... 8 bottom right); any other
+/// code centres. A picture larger than the area overhangs it the same way.
+QRect picturePlacement(const QSize &shown, const QRect &area, int alignment);
 
 } // namespace valtrona
