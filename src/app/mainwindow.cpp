@@ -791,7 +791,7 @@ void MainWindow::applyOrientationSetting()
 {
     // Previews and the dimensions column follow the setting; a run reads it
     // per file with the drawing settings.
-    const bool upright = readImagingSettings(m_env.settingsPath).upright;
+    const bool upright = readDrawingSettings(m_env.settingsPath, DrawingSettings()).upright;
     imaging::setOrientation(upright ? imaging::Orientation::Upright : imaging::Orientation::Stored);
 }
 
@@ -1011,8 +1011,11 @@ void MainWindow::runConversion()
     }
     parameters.keepDirectoryStructure = m_chkKeepDir->isChecked();
 
+    // The file was seeded at start; a key emptied since reads as 0.
     const QString settings = m_env.settingsPath;
-    m_runController->start(parameters, [settings] { return readDrawingSettings(settings); }, m_env.jobs);
+    const DrawingSettings emptied {0, 0, 0, 0, 0, true};
+    m_runController->start(parameters, [settings, emptied] { return readDrawingSettings(settings, emptied); },
+                           m_env.jobs);
 }
 
 void MainWindow::onRunFinished(const RunSummary &summary)
