@@ -371,12 +371,12 @@ FileOutcome ConversionRun::Private::convert(const FileTask &task, const std::ato
     request.sourceWidth = facts.width;
     request.sourceHeight = facts.height;
     const TargetSize target = computeTargetSize(request);
-    outcome.rows.append({targetSizeStatusText(target), int(StatusKind::Info), QString()});
+    outcome.rows.append({targetSizeStatusText(target), StatusKind::Info, QString()});
     if (!target.usable) {
         outcome.failure = inspected ? Error {ErrorCode::SizeUnusable, {}} : inspected.error();
         return outcome;
     }
-    outcome.rows.append({u"Dateiname : "_s + files::fileNamePart(task.target), int(StatusKind::Info), task.target});
+    outcome.rows.append({u"Dateiname : "_s + files::fileNamePart(task.target), StatusKind::Info, task.target});
     if (!inspected) {
         outcome.failure = inspected.error();
         return outcome;
@@ -386,7 +386,7 @@ FileOutcome ConversionRun::Private::convert(const FileTask &task, const std::ato
     if (sameSize) {
         outcome.rows.append({u"Quelldatei hat bereits korrekte Größe ("_s + QString::number(facts.width) + u'x'
                                  + QString::number(facts.height) + u')',
-                             int(StatusKind::Info), QString()});
+                             StatusKind::Info, QString()});
     }
     const std::optional<ImageFormat> format = formatForCode(task.formatCode);
     // A file of the right size is copied byte for byte. A JPEG or PNG target
@@ -554,7 +554,7 @@ void ConversionRun::Private::restartImaging()
 
 void ConversionRun::Private::addRow(const QString &text, StatusKind kind, const QString &tag)
 {
-    m_host.addStatusRow({text, int(kind), tag});
+    m_host.addStatusRow({text, kind, tag});
 }
 
 ConversionRun::ConversionRun(ConversionHost &host, ConversionImaging &imaging, WorkerPool &pool,

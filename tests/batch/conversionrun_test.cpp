@@ -45,7 +45,7 @@ public:
     {
         rows.append(row);
         events.append(u"row "_s + statusIconKey(row.kind) + u'\t' + row.text);
-        if (!stopAtPicture.isEmpty() && row.kind == int(StatusKind::Picture)
+        if (!stopAtPicture.isEmpty() && row.kind == StatusKind::Picture
             && row.text.endsWith(u" : "_s + stopAtPicture))
             stop = true;
     }
