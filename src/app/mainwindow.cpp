@@ -1004,10 +1004,11 @@ void MainWindow::runConversion()
     parameters.copyExif = m_chkEXF->isChecked();
     parameters.searchText = m_txtSFor->text();
     parameters.replaceText = m_txtRep->text();
-    parameters.formatCode = QStringLiteral("J");
+    // The options' tags hold the format codes; the later checked one wins.
+    parameters.format = ImageFormat::Jpeg;
     for (QRadioButton *option : m_optDF) {
         if (option->isChecked())
-            parameters.formatCode = option->property("Tag").toString().toUpper();
+            parameters.format = formatForCode(option->property("Tag").toString());
     }
     parameters.keepDirectoryStructure = m_chkKeepDir->isChecked();
 

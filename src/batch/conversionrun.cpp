@@ -107,7 +107,7 @@ struct FileTask
     QDateTime sourceDate; ///< valid only when the date is kept
     bool copyExif = false;
     int style = 0;
-    QString formatCode;
+    std::optional<ImageFormat> format;
     FileInputs inputs;
     DrawingSettings drawing;
 };
@@ -323,13 +323,13 @@ void ConversionRun::Private::dispatch(int index)
     FileTask &task = slot.task;
     task.source = m_parameters.sources.at(index - 1);
     const QString target = composeTargetPath(m_parameters.targetDirectory, m_commonBase, task.source,
-                                             m_parameters.keepDirectoryStructure, m_parameters.formatCode);
+                                             m_parameters.keepDirectoryStructure, m_parameters.format);
     task.target = renameTarget(target, m_parameters.searchText, m_parameters.replaceText);
     if (m_parameters.keepDate)
         task.sourceDate = QFileInfo(task.source).lastModified();
     task.copyExif = m_parameters.copyExif;
     task.style = m_parameters.changeStyle;
-    task.formatCode = m_parameters.formatCode;
+    task.format = m_parameters.format;
     task.inputs = m_host.fileInputs();
     task.drawing = m_drawingSettings ? m_drawingSettings() : DrawingSettings();
 
@@ -388,7 +388,7 @@ FileOutcome ConversionRun::Private::convert(const FileTask &task, const std::ato
                                  + QString::number(facts.height) + u')',
                              StatusKind::Info, QString()});
     }
-    const std::optional<ImageFormat> format = formatForCode(task.formatCode);
+    const std::optional<ImageFormat> &format = task.format;
     // A file of the right size is copied byte for byte. A JPEG or PNG target
     // takes any source as it is (a PNG keeps its content under a ".jpg"
     // name, as the program always did); a WebP or AVIF target is always what
@@ -396,7 +396,7 @@ FileOutcome ConversionRun::Private::convert(const FileTask &task, const std::ato
     const bool copies = sameSize
         && (!format || *format == ImageFormat::Jpeg || *format == ImageFormat::Png || facts.writtenAs == format);
     if (!copies && !format) {
-        outcome.failure = Error {ErrorCode::NoEncoder, u"format code "_s + task.formatCode};
+        outcome.failure = Error {ErrorCode::NoEncoder, u"no output format"_s};
         return outcome;
     }
 

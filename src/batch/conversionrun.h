@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace valtrona {
 
@@ -24,7 +25,9 @@ struct RunParameters
     bool copyExif = false;         ///< EXIF data of a JPEG source is carried over
     QString searchText;            ///< replaced in the target file name, ignoring case
     QString replaceText;
-    QString formatCode = QStringLiteral("J"); ///< "J" JPEG, "P" PNG, "W" WebP, "A" AVIF
+    /// The output format; none when the front end's format code matched none
+    /// (then targets get no extension and nothing is drawn, only copied).
+    std::optional<ImageFormat> format = ImageFormat::Jpeg;
     bool keepDirectoryStructure = false;
 };
 

@@ -123,7 +123,7 @@ Expected<CliJob, QString> resolveJob(const CliOptions &options, const LastParame
     parameters.copyExif = options.exif;
     parameters.searchText = options.search.value_or(last.searchFor);
     parameters.replaceText = options.replace.value_or(last.replaceWith);
-    parameters.formatCode = options.formatCode.value_or(u"J"_s);
+    parameters.format = options.format.value_or(ImageFormat::Jpeg);
     parameters.keepDirectoryStructure = options.keepDirs;
     job.deleteSources = options.deleteSources;
     return job;
