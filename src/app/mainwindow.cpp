@@ -492,7 +492,7 @@ void MainWindow::buildParameterCard(QWidget *card)
     // Both columns of lines get one label width each; the long caption
     // "Seitenlänge :" is measured too, so the label never clips.
     const QString widthCaption = m_txtB->caption();
-    m_txtB->setCaption(widthLabelText(changestyle::longSide));
+    m_txtB->setCaption(widthLabelText(ChangeStyle::LongSide));
     fitLabelColumn({m_cmbTyp, m_txtB, m_txtH, m_cmbFMT[0], m_cmbFMT[2], m_txtSFor, m_txtDst}, 110);
     m_txtB->setCaption(widthCaption);
     fitLabelColumn({m_cmbFMT[1], m_cmbFMT[3], m_txtRep}, 110);
@@ -710,7 +710,8 @@ bool MainWindow::validateCard(int n)
             m_cmbFB->setCurrentIndex(0);
         if (m_cmbFH->currentIndex() < 0)
             m_cmbFH->setCurrentIndex(0);
-        if (!formatParametersValid(selectedItemData(m_cmbTyp), m_txtB->text(), m_txtH->text())) {
+        if (!formatParametersValid(changeStyleFromNumber(selectedItemData(m_cmbTyp)), m_txtB->text(),
+                                   m_txtH->text())) {
             m_env.dialogs->information(this, abortTitle,
                                        QStringLiteral("Sie haben ungültige Formatparameter gewählt !"));
             return false;
@@ -863,15 +864,15 @@ void MainWindow::onRemoveAll()
 
 void MainWindow::onStyleChanged()
 {
-    const int style = selectedItemData(m_cmbTyp);
+    const std::optional<ChangeStyle> style = changeStyleFromNumber(selectedItemData(m_cmbTyp));
     m_txtB->setCaption(widthLabelText(style));
-    const std::optional<InputEnabling> enabling = inputEnabling(style);
-    if (!enabling)
+    if (!style)
         return;
-    m_txtB->setTextEnabled(enabling->width);
-    m_cmbFB->setEnabled(enabling->width);
-    m_txtH->setTextEnabled(enabling->height);
-    m_cmbFH->setEnabled(enabling->height);
+    const InputEnabling enabling = inputEnabling(*style);
+    m_txtB->setTextEnabled(enabling.width);
+    m_cmbFB->setEnabled(enabling.width);
+    m_txtH->setTextEnabled(enabling.height);
+    m_cmbFH->setEnabled(enabling.height);
 }
 
 void MainWindow::onPresetPicked(int list)
@@ -999,7 +1000,7 @@ void MainWindow::runConversion()
     RunParameters parameters;
     parameters.sources = sources;
     parameters.targetDirectory = m_txtDst->text();
-    parameters.changeStyle = selectedItemData(m_cmbTyp);
+    parameters.changeStyle = changeStyleFromNumber(selectedItemData(m_cmbTyp)).value_or(ChangeStyle::WidthAndHeight);
     parameters.keepDate = m_chkDU->isChecked();
     parameters.copyExif = m_chkEXF->isChecked();
     parameters.searchText = m_txtSFor->text();

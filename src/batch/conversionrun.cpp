@@ -106,7 +106,7 @@ struct FileTask
     QString target;
     QDateTime sourceDate; ///< valid only when the date is kept
     bool copyExif = false;
-    int style = 0;
+    ChangeStyle style = ChangeStyle::WidthAndHeight;
     std::optional<ImageFormat> format;
     FileInputs inputs;
     DrawingSettings drawing;

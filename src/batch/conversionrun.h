@@ -2,6 +2,7 @@
 
 #include "batch/conversionhost.h"
 #include "batch/conversionimaging.h"
+#include "batch/sizerules.h"
 
 #include <QDateTime>
 #include <QString>
@@ -20,7 +21,7 @@ struct RunParameters
 {
     QStringList sources;           ///< full source paths in list order
     QString targetDirectory;       ///< with or without a trailing separator
-    int changeStyle = 0;           ///< 0..4, see sizerules
+    ChangeStyle changeStyle = ChangeStyle::WidthAndHeight;
     bool keepDate = false;         ///< target gets the source's modification time
     bool copyExif = false;         ///< EXIF data of a JPEG source is carried over
     QString searchText;            ///< replaced in the target file name, ignoring case

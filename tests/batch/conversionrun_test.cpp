@@ -212,7 +212,7 @@ RunParameters fitInto(const QStringList &sources, const QString &target)
     RunParameters p;
     p.sources = sources;
     p.targetDirectory = target;
-    p.changeStyle = 4;
+    p.changeStyle = ChangeStyle::FitRectangle;
     return p;
 }
 

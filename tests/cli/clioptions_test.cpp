@@ -188,7 +188,7 @@ TEST(ResolveJob, OptionsLeftOutTakeTheLastParameters)
     last.heightUnit = 1;
     const auto job = resolveJob(optionsFrom({}), last, {u"/a/b.jpg"_s});
     ASSERT_TRUE(job.has_value());
-    EXPECT_EQ(job->parameters.changeStyle, 3);
+    EXPECT_EQ(job->parameters.changeStyle, ChangeStyle::LongSide);
     EXPECT_EQ(job->inputs.widthText, u"1024"_s);
     EXPECT_EQ(job->inputs.heightText, u"768"_s);
     EXPECT_EQ(job->inputs.widthUnit, 0);
@@ -204,7 +204,7 @@ TEST(ResolveJob, OptionsLeftOutTakeTheLastParameters)
                                                u"%"_s, u"--search"_s, u""_s, u"--format"_s, u"png"_s}),
                                   last, {u"/a/b.jpg"_s});
     ASSERT_TRUE(given.has_value());
-    EXPECT_EQ(given->parameters.changeStyle, 0);
+    EXPECT_EQ(given->parameters.changeStyle, ChangeStyle::WidthAndHeight);
     EXPECT_EQ(given->inputs.widthText, u"50"_s);
     EXPECT_EQ(given->inputs.widthUnit, 1);
     EXPECT_EQ(given->parameters.searchText, QString());
