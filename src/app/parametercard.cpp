@@ -7,7 +7,6 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QRadioButton>
-#include <QVBoxLayout>
 
 #include "app/userdialogs.h"
 #include "app/widgetfactory.h"
@@ -70,10 +69,7 @@ ParameterCard::ParameterCard(std::shared_ptr<UserDialogs> dialogs, QWidget *pare
     : VxInvisibleCont(parent)
 {
     setObjectName(QStringLiteral("boxPRM"));
-    auto *outer = new QVBoxLayout(this);
-    outer->setContentsMargins(0, 0, 0, 0);
-    VxCont *frame = makeFrame(QStringLiteral("Parameter festlegen"), this);
-    outer->addWidget(frame);
+    VxCont *frame = makeCardFrame(this, QStringLiteral("Parameter festlegen"));
     auto *grid = new QGridLayout(frame);
     grid->setColumnStretch(0, 3);
     grid->setColumnStretch(1, 2);
@@ -143,13 +139,13 @@ ParameterCard::ParameterCard(std::shared_ptr<UserDialogs> dialogs, QWidget *pare
     m_targetLine->setDialogs(std::make_shared<LineDialogs>(std::move(dialogs)));
     grid->addWidget(m_targetLine, row++, 0, 1, 2);
 
-    m_keepFoldersBox =
-        makeCheckBox(QStringLiteral("chkKeepDir"), QStringLiteral("Verzeichnisstruktur &beibehalten"), frame);
-    m_deleteSourcesBox =
-        makeCheckBox(QStringLiteral("chkDel"), QStringLiteral("Quelldateien nach Bearbeitung &löschen"), frame);
+    m_keepFoldersBox = makeCheckBox(QStringLiteral("chkKeepDir"), QStringLiteral("Verzeichnisstruktur &beibehalten"),
+                                    frame);
+    m_deleteSourcesBox = makeCheckBox(QStringLiteral("chkDel"),
+                                      QStringLiteral("Quelldateien nach Bearbeitung &löschen"), frame);
     m_exifBox = makeCheckBox(QStringLiteral("chkEXF"), QStringLiteral("E&XIF Bilddaten ins Ziel übertragen"), frame);
-    m_keepDateBox =
-        makeCheckBox(QStringLiteral("chkDU"), QStringLiteral("Datum und &Uhrzeit beim Konvertieren beibehalten"), frame);
+    m_keepDateBox = makeCheckBox(QStringLiteral("chkDU"),
+                                 QStringLiteral("Datum und &Uhrzeit beim Konvertieren beibehalten"), frame);
     grid->addWidget(m_keepFoldersBox, row, 0);
     grid->addWidget(m_deleteSourcesBox, row++, 1);
     grid->addWidget(m_exifBox, row, 0);

@@ -4,7 +4,6 @@
 #include <QHBoxLayout>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 #include <algorithm>
 
@@ -21,10 +20,7 @@ ProcessCard::ProcessCard(std::shared_ptr<ImagingPictureLoader> loader, QWidget *
     , m_loader(std::move(loader))
 {
     setObjectName(QStringLiteral("boxDO"));
-    auto *outer = new QVBoxLayout(this);
-    outer->setContentsMargins(0, 0, 0, 0);
-    VxCont *frame = makeFrame(QStringLiteral("Bilder verarbeiten"), this);
-    outer->addWidget(frame);
+    VxCont *frame = makeCardFrame(this, QStringLiteral("Bilder verarbeiten"));
     auto *grid = new QGridLayout(frame);
 
     m_progressBar = new QProgressBar(frame);

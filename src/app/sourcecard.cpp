@@ -7,7 +7,6 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QShortcut>
-#include <QVBoxLayout>
 
 #include "app/sourcelist.h"
 #include "app/userdialogs.h"
@@ -35,10 +34,7 @@ SourceCard::SourceCard(std::shared_ptr<UserDialogs> dialogs, std::shared_ptr<Pic
     , m_dialogs(std::move(dialogs))
 {
     setObjectName(QStringLiteral("boxSEL"));
-    auto *outer = new QVBoxLayout(this);
-    outer->setContentsMargins(0, 0, 0, 0);
-    VxCont *frame = makeFrame(QStringLiteral("Quelldateien wählen"), this);
-    outer->addWidget(frame);
+    VxCont *frame = makeCardFrame(this, QStringLiteral("Quelldateien wählen"));
 
     auto *grid = new QGridLayout(frame);
     m_sourceList = new SourceList(frame);

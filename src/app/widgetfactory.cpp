@@ -4,6 +4,7 @@
 #include <QFontMetrics>
 #include <QLabel>
 #include <QPushButton>
+#include <QVBoxLayout>
 
 #include <algorithm>
 #include <cmath>
@@ -37,6 +38,15 @@ VxCont *makeFrame(const QString &caption, QWidget *parent)
     auto *frame = new VxCont(parent);
     frame->setBorderStyle(BorderStyleCode::ThreedInOut);
     frame->setCaptionFrame(caption);
+    return frame;
+}
+
+VxCont *makeCardFrame(QWidget *card, const QString &caption)
+{
+    auto *outer = new QVBoxLayout(card);
+    outer->setContentsMargins(0, 0, 0, 0);
+    VxCont *frame = makeFrame(caption, card);
+    outer->addWidget(frame);
     return frame;
 }
 

@@ -29,9 +29,13 @@ QPushButton *makeButton(const QString &name, const QString &caption, QWidget *pa
 /// A plain choice list.
 QComboBox *makeChoice(const QString &name, QWidget *parent);
 
-/// A framed card area: the caption sits in the frame line, the children in
-/// a layout inside the frame's work area.
+/// A framed area: the caption sits in the frame line, the children in a
+/// layout inside the frame's work area.
 VxCont *makeFrame(const QString &caption, QWidget *parent);
+
+/// Fills a card edge to edge with one framed area and returns the frame,
+/// which the card's controls go into.
+VxCont *makeCardFrame(QWidget *card, const QString &caption);
 
 /// A picture view for previews, read through `loader`, with the file's
 /// name as its tooltip.
