@@ -251,6 +251,11 @@ TEST_F(MainWindowTest, ARunShowsItsProgressAndResultOnTheCards)
     prepareRun(*window, sources + QStringList {broken});
     child<QCheckBox>(*window, "chkDel")->setChecked(true);
     QSignalSpy finished(window.get(), &MainWindow::runFinished);
+    QString tabbedTo;
+    onRow(*window, QStringLiteral("Bearbeite Bild : img01.jpg"), [&] {
+        press(Qt::Key_Tab);
+        tabbedTo = focused();
+    });
     QStringList captions;
     QObject::connect(window->statusList(), &StatusList::rowAdded, window.get(), [&](const QString &text) {
         if (text.startsWith(QLatin1String("Bearbeite Bild")))
@@ -263,6 +268,8 @@ TEST_F(MainWindowTest, ARunShowsItsProgressAndResultOnTheCards)
     ASSERT_EQ(finished.size(), 1);
     EXPECT_EQ(dialogs->shown.size(), 1); // the open dialog; no box during the run
     EXPECT_FALSE(child(*window, "cmdStop")->isEnabled());
+    EXPECT_EQ(tabbedTo, QStringLiteral("cmdStop"));
+    EXPECT_EQ(focused(), QStringLiteral("lvStat")); // not whatever follows "Abbruch"
     EXPECT_EQ(captions, QStringList({QStringLiteral("Valtrona - 25 %"), QStringLiteral("Valtrona - 50 %"),
                                      QStringLiteral("Valtrona - 75 %"), QStringLiteral("Valtrona - 100 %")}));
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Valtrona"));
@@ -443,6 +450,7 @@ TEST_F(MainWindowTest, BackDuringARunLeavesItRunning)
 {
     auto window = open();
     prepareRun(*window, sourceImages(4));
+    QSignalSpy added(window->statusList(), &StatusList::rowAdded);
     int cardAfterBack = 0;
     onRow(*window, QStringLiteral("Bearbeite Bild : img01.jpg"), [&] {
         click(*window, "cmdZ");
@@ -454,6 +462,7 @@ TEST_F(MainWindowTest, BackDuringARunLeavesItRunning)
     waitForRun(*window);
 
     EXPECT_EQ(cardAfterBack, 2);
+    EXPECT_EQ(added.size(), window->statusList()->topLevelItemCount()); // no row cleared away
     EXPECT_EQ(rows(*window).count(QStringLiteral("Bearbeite 4 Bilder")), 1);
     EXPECT_EQ(rows(*window).count(QStringLiteral("Bild erfolgreich bearbeitet")), 4);
 }
