@@ -3,7 +3,7 @@
 // directory.
 //
 // Input: byte 0 holds flags (bit 0 keep structure, bit 1 UTF-16 text,
-// bits 2-3 format code); the rest is split at "\n" into base, source,
+// bits 2-3 output format, or none); the rest is split at "\n" into base, source,
 // search text, replacement and further sources.
 
 #include "batch/naming.h"
@@ -64,8 +64,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         return 0;
     const uint8_t flags = data[0];
     const bool keep = flags & 1;
-    const char *formats[] = {"J", "P", "x", ""};
-    const QString format = QString::fromLatin1(formats[(flags >> 2) & 3]);
+    const std::optional<valtrona::ImageFormat> formats[] = {valtrona::ImageFormat::Jpeg, valtrona::ImageFormat::Png,
+                                                           valtrona::ImageFormat::WebP, std::nullopt};
+    const std::optional<valtrona::ImageFormat> format = formats[(flags >> 2) & 3];
 
     QString text;
     if (flags & 2)

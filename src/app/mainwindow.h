@@ -8,29 +8,27 @@
 #include <functional>
 #include <memory>
 
-class QCheckBox;
-class QComboBox;
 class QLabel;
-class QProgressBar;
 class QPushButton;
-class QRadioButton;
 
 namespace valtrona {
 
 class ImagingPictureLoader;
+class ParameterCard;
+class ProcessCard;
 class RunController;
-struct LoadedPicture;
 struct RunSummary;
+class SourceCard;
 class SourceList;
 class StatusList;
 class UserDialogs;
 class VxActCtrl;
-class VxLineIn;
-class VxPict;
 
-/// The main window: three cards (source files, parameters, processing),
-/// the button row below them, the start-up and shut-down of the program.
-/// Controls carry their program names as objectName ("cmdW", "txtB", ...).
+/// The main window: the card switcher with its three cards (SourceCard,
+/// ParameterCard, ProcessCard), the button row below them, the navigation
+/// between the cards, the start-up and shut-down of the program, and the
+/// run (through a RunController). Controls carry their program names as
+/// objectName ("cmdW", "txtB", ...).
 class MainWindow : public QWidget
 {
     Q_OBJECT
@@ -98,38 +96,23 @@ protected:
 private:
     class RunHost;
 
-    void buildSourceCard(QWidget *card);
-    void buildParameterCard(QWidget *card);
-    void buildProcessCard(QWidget *card);
-    void buildButtonRow(QWidget *row);
+    QWidget *buildCards();
+    QWidget *buildButtonRow();
 
     void onNext();
     void onBack();
     void onStop();
     void onReset();
     void onConfigure();
-    void onOpenFiles();
-    void onOpenFolder();
-    void onRemoveSelected();
-    void onRemoveAll();
-    void onStyleChanged();
-    void onPresetPicked(int list);
 
     QSize measureQuietly(const QString &path);
     void showRunPreview(const QString &path);
-    void showReadPreview(const QString &path, const LoadedPicture &picture);
-    void restartImaging();
     void updateSourceCount();
     void updateCountLabel();
     void focusCard();
     void focusNextField();
     QWidget *shownCard() const;
-    void showSourcePreview(const QString &path);
-    void readLastParameters();
     void applyOrientationSetting();
-    bool saveLastParameters();
-    static int selectedItemData(const QComboBox *combo);
-    static int selectedItemData(const VxLineIn *line);
     void runConversion();
     void onRunFinished(const RunSummary &summary);
     void shutDown();
@@ -141,52 +124,25 @@ private:
     bool m_running = false;
     bool m_closing = false;
     bool m_shutDown = false;
-    QString m_lastSourceFolder;
     // What the count label shows on card 3: the run's progress or result.
     QString m_runStatusText;
 
     std::shared_ptr<ImagingPictureLoader> m_pictureLoader;
     std::unique_ptr<RunHost> m_runHost;
     RunController *m_runController = nullptr;
-    VxActCtrl *m_aa = nullptr;
 
-    // Card 1
-    SourceList *m_lv = nullptr;
-    VxPict *m_prv = nullptr;
-    QPushButton *m_cmdOpen = nullptr;
-    QPushButton *m_cmdOpenF = nullptr;
-    QPushButton *m_cmdRemove = nullptr;
-    QPushButton *m_cmdRemoveAll = nullptr;
+    VxActCtrl *m_cardSwitcher = nullptr;
+    SourceCard *m_sourceCard = nullptr;
+    ParameterCard *m_parameterCard = nullptr;
+    ProcessCard *m_processCard = nullptr;
 
-    // Card 2
-    VxLineIn *m_cmbTyp = nullptr;
-    VxLineIn *m_txtB = nullptr;
-    VxLineIn *m_txtH = nullptr;
-    QComboBox *m_cmbFB = nullptr;
-    QComboBox *m_cmbFH = nullptr;
-    VxLineIn *m_cmbFMT[4] = {};
-    QRadioButton *m_optDF[4] = {};
-    VxLineIn *m_txtSFor = nullptr;
-    VxLineIn *m_txtRep = nullptr;
-    VxLineIn *m_txtDst = nullptr;
-    QCheckBox *m_chkKeepDir = nullptr;
-    QCheckBox *m_chkDel = nullptr;
-    QCheckBox *m_chkEXF = nullptr;
-    QCheckBox *m_chkDU = nullptr;
-
-    // Card 3
-    QProgressBar *m_prog = nullptr;
-    StatusList *m_lvStat = nullptr;
-    VxPict *m_picPrev = nullptr;
-    QPushButton *m_cmdStop = nullptr;
-
-    // Button row
-    QPushButton *m_cmdZ = nullptr;
-    QPushButton *m_cmdW = nullptr;
-    QPushButton *m_cmdOK = nullptr;
-    QPushButton *m_cmdCFG = nullptr;
-    QPushButton *m_command1 = nullptr;
-    QLabel *m_lblStat = nullptr;
+    // The button row below the cards
+    QLabel *m_countLabel = nullptr;
+    QPushButton *m_resetButton = nullptr;
+    QPushButton *m_configureButton = nullptr;
+    QPushButton *m_backButton = nullptr;
+    QPushButton *m_nextButton = nullptr;
+    QPushButton *m_closeButton = nullptr;
 };
 
 } // namespace valtrona

@@ -6,8 +6,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "app/lineinputs.h"
 #include "app/userdialogs.h"
+#include "app/widgetfactory.h"
 #include "controls/controlsupport.h"
 #include "controls/vxborder.h"
 #include "controls/vxcont.h"

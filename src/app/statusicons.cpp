@@ -10,7 +10,7 @@ namespace valtrona {
 namespace {
 
 // Drawn in a 16-unit box and scaled, so every size stays crisp.
-void drawSymbol(QPainter &p, int kind)
+void drawSymbol(QPainter &p, StatusKind kind)
 {
     // A dark rim separates the shape from light and mid-tone rows (also a
     // selected one); the white glyph carries it on dark ones.
@@ -18,7 +18,7 @@ void drawSymbol(QPainter &p, int kind)
     const QPen glyph(Qt::white, 2.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
 
     switch (kind) {
-    case 1: {
+    case StatusKind::Picture: {
         p.setPen(rim);
         p.setBrush(QColor(0x2f, 0x6f, 0xb3));
         p.drawRoundedRect(QRectF(1.0, 2.0, 14.0, 12.0), 2.0, 2.0);
@@ -36,14 +36,14 @@ void drawSymbol(QPainter &p, int kind)
         p.drawPath(hills);
         break;
     }
-    case 2:
+    case StatusKind::Written:
         p.setPen(rim);
         p.setBrush(QColor(0x23, 0x8b, 0x45));
         p.drawEllipse(QRectF(1.0, 1.0, 14.0, 14.0));
         p.setPen(glyph);
         p.drawPolyline(QPolygonF({QPointF(4.5, 8.3), QPointF(7.0, 10.8), QPointF(11.5, 5.5)}));
         break;
-    case 3:
+    case StatusKind::Error:
         p.setPen(rim);
         p.setBrush(QColor(0xc9, 0x2a, 0x2a));
         p.drawEllipse(QRectF(1.0, 1.0, 14.0, 14.0));
@@ -51,7 +51,7 @@ void drawSymbol(QPainter &p, int kind)
         p.drawLine(QPointF(5.3, 5.3), QPointF(10.7, 10.7));
         p.drawLine(QPointF(10.7, 5.3), QPointF(5.3, 10.7));
         break;
-    case 4:
+    case StatusKind::Info:
         p.setPen(rim);
         p.setBrush(QColor(0x1f, 0x78, 0xc8));
         p.drawEllipse(QRectF(1.0, 1.0, 14.0, 14.0));
@@ -60,12 +60,12 @@ void drawSymbol(QPainter &p, int kind)
         p.drawEllipse(QPointF(8.0, 4.6), 1.5, 1.5);
         p.drawRoundedRect(QRectF(6.7, 6.8, 2.6, 5.8), 0.9, 0.9);
         break;
-    default:
+    case StatusKind::None:
         break;
     }
 }
 
-QIcon buildIcon(int kind)
+QIcon buildIcon(StatusKind kind)
 {
     QIcon icon;
     for (const int size : {16, 20, 24, 32, 48}) {
@@ -83,27 +83,12 @@ QIcon buildIcon(int kind)
 
 } // namespace
 
-QString statusSymbolKey(int kind)
+QIcon statusSymbol(StatusKind kind)
 {
-    switch (kind) {
-    case 1:
-        return QStringLiteral("PIC");
-    case 2:
-        return QStringLiteral("POK");
-    case 3:
-        return QStringLiteral("ERR");
-    case 4:
-        return QStringLiteral("INF");
-    default:
-        return QStringLiteral("EPY");
-    }
-}
-
-QIcon statusSymbol(int kind)
-{
-    if (kind < 1 || kind > 4)
-        kind = 0;
-    static QHash<int, QIcon> cache;
+    // Values outside the enumeration share the empty symbol.
+    if (kind < StatusKind::None || kind > StatusKind::Info)
+        kind = StatusKind::None;
+    static QHash<StatusKind, QIcon> cache;
     auto it = cache.find(kind);
     if (it == cache.end())
         it = cache.insert(kind, buildIcon(kind));

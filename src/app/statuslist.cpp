@@ -31,13 +31,13 @@ StatusList::StatusList(QWidget *parent)
     });
 }
 
-void StatusList::addStatusRow(const QString &text, int kind, const QString &path)
+void StatusList::addStatusRow(const QString &text, StatusKind kind, const QString &path)
 {
     auto *row = new QTreeWidgetItem(this);
     row->setText(0, text);
     row->setIcon(0, statusSymbol(kind));
     row->setData(0, PathRole, path);
-    row->setData(0, KeyRole, statusSymbolKey(kind));
+    row->setData(0, KeyRole, statusIconKey(kind));
     setCurrentItem(row);
     scrollToItem(row);
     Q_EMIT rowAdded(text);

@@ -2,6 +2,8 @@
 
 #include <QTreeWidget>
 
+#include "batch/conversionhost.h"
+
 namespace valtrona {
 
 /// The run's status list on the third card: one column "Status", one row
@@ -13,8 +15,8 @@ class StatusList : public QTreeWidget
 public:
     explicit StatusList(QWidget *parent = nullptr);
 
-    /// Appends a row with the symbol of kind (1 "PIC" ... 4 "INF", else "EPY") and path as its tag.
-    void addStatusRow(const QString &text, int kind, const QString &path);
+    /// Appends a row with the symbol of kind and path as its tag.
+    void addStatusRow(const QString &text, StatusKind kind, const QString &path);
 
     /// Gives the newest row a tooltip (why a file failed).
     void setLastRowToolTip(const QString &text);

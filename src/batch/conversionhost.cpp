@@ -4,20 +4,21 @@ using namespace Qt::StringLiterals;
 
 namespace valtrona {
 
-QString statusIconKey(int kind)
+QString statusIconKey(StatusKind kind)
 {
     switch (kind) {
-    case int(StatusKind::Picture):
+    case StatusKind::Picture:
         return u"PIC"_s;
-    case int(StatusKind::Written):
+    case StatusKind::Written:
         return u"POK"_s;
-    case int(StatusKind::Error):
+    case StatusKind::Error:
         return u"ERR"_s;
-    case int(StatusKind::Info):
+    case StatusKind::Info:
         return u"INF"_s;
-    default:
-        return u"EPY"_s;
+    case StatusKind::None:
+        break;
     }
+    return u"EPY"_s;
 }
 
 ConversionHost::~ConversionHost() = default;

@@ -7,22 +7,24 @@
 
 namespace valtrona {
 
-/// Kind of a status row; the number picks the row's icon.
+/// Kind of a status row; it picks the row's icon.
 enum class StatusKind : int {
+    None = 0,    ///< "EPY": no icon
     Picture = 1, ///< "PIC": the image now being worked on
     Written = 2, ///< "POK": an image written successfully
     Error = 3,   ///< "ERR": a failure
     Info = 4,    ///< "INF": start, size and name details, deletion, stop, end
 };
 
-/// Icon key of a row kind: "PIC", "POK", "ERR", "INF"; any other value "EPY".
-QString statusIconKey(int kind);
+/// Icon key of a row kind: "PIC", "POK", "ERR", "INF"; "EPY" for None and
+/// any value outside the enumeration.
+QString statusIconKey(StatusKind kind);
 
 /// One row of the status list a run writes.
 struct StatusRow
 {
     QString text;
-    int kind = 0;
+    StatusKind kind = StatusKind::None;
     /// Source path on the "PIC" row, target path on the "Dateiname" row, else empty.
     QString tag;
 

@@ -2,6 +2,7 @@
 
 #include "core/error.h"
 #include "core/expected.h"
+#include "core/settings.h"
 #include "imaging/conversion.h"
 
 #include <QString>
@@ -14,18 +15,6 @@ namespace valtrona {
 namespace files {
 class PendingFile;
 }
-
-/// Quality and drawing modes of section "JPG", read anew for every file.
-struct DrawingSettings
-{
-    int quality = 85;      ///< "PRZ", JPEG quality in percent (clamped when saving)
-    int interpolation = 7; ///< "INT"
-    int smoothing = 4;     ///< "SMT"
-    int pixelOffset = 2;   ///< "PXL"
-    int compositing = 2;   ///< "CMP"
-    bool upright = true;   ///< "ORI" not "0": photos turned as their EXIF orientation says
-    bool operator==(const DrawingSettings &other) const = default;
-};
 
 /// The file formats a run writes.
 using ImageFormat = imaging::OutputFormat;

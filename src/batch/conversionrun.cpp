@@ -106,8 +106,8 @@ struct FileTask
     QString target;
     QDateTime sourceDate; ///< valid only when the date is kept
     bool copyExif = false;
-    int style = 0;
-    QString formatCode;
+    ChangeStyle style = ChangeStyle::WidthAndHeight;
+    std::optional<ImageFormat> format;
     FileInputs inputs;
     DrawingSettings drawing;
 };
@@ -323,13 +323,13 @@ void ConversionRun::Private::dispatch(int index)
     FileTask &task = slot.task;
     task.source = m_parameters.sources.at(index - 1);
     const QString target = composeTargetPath(m_parameters.targetDirectory, m_commonBase, task.source,
-                                             m_parameters.keepDirectoryStructure, m_parameters.formatCode);
+                                             m_parameters.keepDirectoryStructure, m_parameters.format);
     task.target = renameTarget(target, m_parameters.searchText, m_parameters.replaceText);
     if (m_parameters.keepDate)
         task.sourceDate = QFileInfo(task.source).lastModified();
     task.copyExif = m_parameters.copyExif;
     task.style = m_parameters.changeStyle;
-    task.formatCode = m_parameters.formatCode;
+    task.format = m_parameters.format;
     task.inputs = m_host.fileInputs();
     task.drawing = m_drawingSettings ? m_drawingSettings() : DrawingSettings();
 
@@ -371,12 +371,12 @@ FileOutcome ConversionRun::Private::convert(const FileTask &task, const std::ato
     request.sourceWidth = facts.width;
     request.sourceHeight = facts.height;
     const TargetSize target = computeTargetSize(request);
-    outcome.rows.append({targetSizeStatusText(target), int(StatusKind::Info), QString()});
+    outcome.rows.append({targetSizeStatusText(target), StatusKind::Info, QString()});
     if (!target.usable) {
         outcome.failure = inspected ? Error {ErrorCode::SizeUnusable, {}} : inspected.error();
         return outcome;
     }
-    outcome.rows.append({u"Dateiname : "_s + files::fileNamePart(task.target), int(StatusKind::Info), task.target});
+    outcome.rows.append({u"Dateiname : "_s + files::fileNamePart(task.target), StatusKind::Info, task.target});
     if (!inspected) {
         outcome.failure = inspected.error();
         return outcome;
@@ -386,9 +386,9 @@ FileOutcome ConversionRun::Private::convert(const FileTask &task, const std::ato
     if (sameSize) {
         outcome.rows.append({u"Quelldatei hat bereits korrekte Größe ("_s + QString::number(facts.width) + u'x'
                                  + QString::number(facts.height) + u')',
-                             int(StatusKind::Info), QString()});
+                             StatusKind::Info, QString()});
     }
-    const std::optional<ImageFormat> format = formatForCode(task.formatCode);
+    const std::optional<ImageFormat> &format = task.format;
     // A file of the right size is copied byte for byte. A JPEG or PNG target
     // takes any source as it is (a PNG keeps its content under a ".jpg"
     // name, as the program always did); a WebP or AVIF target is always what
@@ -396,7 +396,7 @@ FileOutcome ConversionRun::Private::convert(const FileTask &task, const std::ato
     const bool copies = sameSize
         && (!format || *format == ImageFormat::Jpeg || *format == ImageFormat::Png || facts.writtenAs == format);
     if (!copies && !format) {
-        outcome.failure = Error {ErrorCode::NoEncoder, u"format code "_s + task.formatCode};
+        outcome.failure = Error {ErrorCode::NoEncoder, u"no output format"_s};
         return outcome;
     }
 
@@ -554,7 +554,7 @@ void ConversionRun::Private::restartImaging()
 
 void ConversionRun::Private::addRow(const QString &text, StatusKind kind, const QString &tag)
 {
-    m_host.addStatusRow({text, int(kind), tag});
+    m_host.addStatusRow({text, kind, tag});
 }
 
 ConversionRun::ConversionRun(ConversionHost &host, ConversionImaging &imaging, WorkerPool &pool,

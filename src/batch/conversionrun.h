@@ -2,6 +2,7 @@
 
 #include "batch/conversionhost.h"
 #include "batch/conversionimaging.h"
+#include "batch/sizerules.h"
 
 #include <QDateTime>
 #include <QString>
@@ -9,6 +10,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace valtrona {
 
@@ -19,12 +21,14 @@ struct RunParameters
 {
     QStringList sources;           ///< full source paths in list order
     QString targetDirectory;       ///< with or without a trailing separator
-    int changeStyle = 0;           ///< 0..4, see sizerules
+    ChangeStyle changeStyle = ChangeStyle::WidthAndHeight;
     bool keepDate = false;         ///< target gets the source's modification time
     bool copyExif = false;         ///< EXIF data of a JPEG source is carried over
     QString searchText;            ///< replaced in the target file name, ignoring case
     QString replaceText;
-    QString formatCode = QStringLiteral("J"); ///< "J" JPEG, "P" PNG, "W" WebP, "A" AVIF
+    /// The output format; none when the front end's format code matched none
+    /// (then targets get no extension and nothing is drawn, only copied).
+    std::optional<ImageFormat> format = ImageFormat::Jpeg;
     bool keepDirectoryStructure = false;
 };
 

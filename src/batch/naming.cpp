@@ -1,6 +1,5 @@
 #include "batch/naming.h"
 
-#include "batch/conversionimaging.h"
 #include "core/fileservices.h"
 
 #include <algorithm>
@@ -67,15 +66,9 @@ QString commonBaseDirectory(const QStringList &sourcePaths)
     return base;
 }
 
-QString targetExtension(const QString &formatCode)
-{
-    const std::optional<ImageFormat> format = formatForCode(formatCode);
-    return format ? formatExtension(*format) : QString();
-}
-
 QString composeTargetPath(const QString &targetDirectory, const QString &commonBase,
                           const QString &sourcePath, bool keepDirectoryStructure,
-                          const QString &formatCode)
+                          std::optional<ImageFormat> format)
 {
     QString rel = sourcePath;
     if (!keepDirectoryStructure && !commonBase.isEmpty() && rel.startsWith(commonBase))
@@ -85,16 +78,16 @@ QString composeTargetPath(const QString &targetDirectory, const QString &commonB
     const QString stem = files::stripExtension(rel);
     QString name = files::fileNamePart(stem);
     const QString dir = stem.left(stem.size() - name.size());
-    name = confinedFileName(name + targetExtension(formatCode));
+    name = confinedFileName(name + (format ? formatExtension(*format) : QString()));
     return files::addTrailingSeparator(targetDirectory) + dir + name;
 }
 
 QString targetPath(const QString &targetDirectory, const QString &commonBase,
                    const QString &sourcePath, bool keepDirectoryStructure,
-                   const QString &formatCode)
+                   std::optional<ImageFormat> format)
 {
     const QString target = composeTargetPath(targetDirectory, commonBase, sourcePath,
-                                             keepDirectoryStructure, formatCode);
+                                             keepDirectoryStructure, format);
     files::createDirectoryChain(files::directoryPart(target));
     return target;
 }

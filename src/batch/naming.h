@@ -11,8 +11,12 @@
 // and a "/" that the replacement text brings into the file name becomes "_",
 // so the replacement only ever changes the file name, never the folder.
 
+#include "batch/conversionimaging.h"
+
 #include <QString>
 #include <QStringList>
+
+#include <optional>
 
 namespace valtrona {
 
@@ -23,23 +27,20 @@ namespace valtrona {
 /// empty list or when two sources share nothing.
 QString commonBaseDirectory(const QStringList &sourcePaths);
 
-/// The extension for a format code ("J" gives ".jpg", "P" ".png", "W"
-/// ".webp", "A" ".avif", ignoring case); empty for any other code.
-QString targetExtension(const QString &formatCode);
-
 /// The target path without touching the disk: the source path with the
 /// common base removed (unless `keepDirectoryStructure`; compared exactly),
 /// placed below `targetDirectory` (with or without trailing separator), its
-/// extension replaced by that of `formatCode`.
+/// extension replaced by that of `format` (formatExtension()); without a
+/// format the name keeps no extension at all.
 QString composeTargetPath(const QString &targetDirectory, const QString &commonBase,
                           const QString &sourcePath, bool keepDirectoryStructure,
-                          const QString &formatCode);
+                          std::optional<ImageFormat> format);
 
 /// composeTargetPath(), then creates the target's directory with every
 /// missing level. A failure to create it is silent (the save fails later).
 QString targetPath(const QString &targetDirectory, const QString &commonBase,
                    const QString &sourcePath, bool keepDirectoryStructure,
-                   const QString &formatCode);
+                   std::optional<ImageFormat> format);
 
 /// Replaces every `search` (ignoring case) by `replacement` in the file name
 /// of `target`, leaving its directory and extension alone. An empty `search`

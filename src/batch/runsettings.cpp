@@ -32,30 +32,10 @@ QString seededDefault(const QString &section, const QString &key)
     return QString();
 }
 
-DrawingSettings readDrawingSettings(const QString &settingsFile)
-{
-    const ImagingSettings read = readImagingSettings(settingsFile);
-    DrawingSettings settings;
-    settings.quality = read.quality;
-    settings.interpolation = read.interpolation;
-    settings.smoothing = read.smoothing;
-    settings.pixelOffset = read.pixelOffset;
-    settings.compositing = read.compositing;
-    settings.upright = read.upright;
-    return settings;
-}
-
 DrawingSettings readSeededDrawingSettings(const QString &settingsFile)
 {
-    const QString jpg = ini::sectionJpg;
-    DrawingSettings settings;
-    settings.quality = seededInt(settingsFile, jpg, ini::keyQuality);
-    settings.interpolation = seededInt(settingsFile, jpg, ini::keyInterpolation);
-    settings.smoothing = seededInt(settingsFile, jpg, ini::keySmoothing);
-    settings.pixelOffset = seededInt(settingsFile, jpg, ini::keyPixelOffset);
-    settings.compositing = seededInt(settingsFile, jpg, ini::keyCompositing);
-    settings.upright = readImagingSettings(settingsFile).upright; // never seeded
-    return settings;
+    // Seeding writes what a default-made value holds.
+    return readDrawingSettings(settingsFile, DrawingSettings());
 }
 
 LastParameters readSeededLastParameters(const QString &settingsFile)

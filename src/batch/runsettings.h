@@ -1,18 +1,14 @@
 #pragma once
 
-// Settings a conversion reads: the drawing settings of section "JPG" (anew
-// for every image) and the last-used parameters of section "Last".
+// Settings as a front end that does not seed the file reads them: the
+// drawing settings of section "JPG" and the last-used parameters of section
+// "Last", each as it would read after start-up seeding.
 
-#include "batch/conversionimaging.h"
 #include "core/settings.h"
 
 #include <QString>
 
 namespace valtrona {
-
-/// Section "JPG" as the window reads it for every image: each key with
-/// readIniInt and default 0 (the window seeds the file at start-up).
-DrawingSettings readDrawingSettings(const QString &settingsFile);
 
 /// Section "JPG" as it would read after start-up seeding, without writing
 /// the file: a missing or empty key gives its seeded default.

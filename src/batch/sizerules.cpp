@@ -64,22 +64,22 @@ TargetSize computeTargetSize(const SizeRequest &r)
     const std::optional<double> ratio = quotient(sw, sh);
 
     switch (r.style) {
-    case changestyle::widthAndHeight:
+    case ChangeStyle::WidthAndHeight:
         assign(size.width, side(r.widthInput, r.widthUnit, sw));
         assign(size.height, side(r.heightInput, r.heightUnit, sh));
         size.usable = true;
         break;
-    case changestyle::fixedHeight:
+    case ChangeStyle::FixedHeight:
         assign(size.height, side(r.heightInput, r.heightUnit, sh));
         assign(size.width, product(ratio, size.height));
         size.usable = true;
         break;
-    case changestyle::fixedWidth:
+    case ChangeStyle::FixedWidth:
         assign(size.width, side(r.widthInput, r.widthUnit, sw));
         assign(size.height, quotient(size.width, ratio));
         size.usable = true;
         break;
-    case changestyle::longSide:
+    case ChangeStyle::LongSide:
         if (sw > sh) {
             assign(size.width, side(r.widthInput, r.widthUnit, sw));
             assign(size.height, quotient(size.width, ratio));
@@ -92,7 +92,7 @@ TargetSize computeTargetSize(const SizeRequest &r)
         }
         size.usable = true;
         break;
-    case changestyle::fitRectangle: {
+    case ChangeStyle::FitRectangle: {
         // Both tries compare against the raw inputs, also in percent mode.
         qint32 w = 0;
         qint32 h = 0;
@@ -110,8 +110,6 @@ TargetSize computeTargetSize(const SizeRequest &r)
             size = {w, h, true};
         break;
     }
-    default:
-        break;
     }
     return size;
 }
@@ -121,32 +119,38 @@ QString targetSizeStatusText(const TargetSize &size)
     return u"Bildgröße : "_s + QString::number(size.width) + u'x' + QString::number(size.height);
 }
 
-bool formatParametersValid(int style, const QString &widthText, const QString &heightText)
+std::optional<ChangeStyle> changeStyleFromNumber(int number)
 {
-    switch (style) {
-    case -1:
+    if (number < int(ChangeStyle::WidthAndHeight) || number > int(ChangeStyle::FitRectangle))
+        return std::nullopt;
+    return ChangeStyle(number);
+}
+
+bool formatParametersValid(std::optional<ChangeStyle> style, const QString &widthText, const QString &heightText)
+{
+    if (!style)
         return false;
-    case changestyle::widthAndHeight:
-    case changestyle::fitRectangle:
+    switch (*style) {
+    case ChangeStyle::WidthAndHeight:
+    case ChangeStyle::FitRectangle:
         return !widthText.isEmpty() && !heightText.isEmpty();
-    case changestyle::fixedHeight:
+    case ChangeStyle::FixedHeight:
         return !heightText.isEmpty();
-    case changestyle::fixedWidth:
-    case changestyle::longSide:
+    case ChangeStyle::FixedWidth:
+    case ChangeStyle::LongSide:
         return !widthText.isEmpty();
-    default:
-        return true;
     }
+    return true;
 }
 
 QList<ChoiceEntry> changeStyleEntries()
 {
     return {
-        {u"0 - Breite und Höhe"_s, changestyle::widthAndHeight},
-        {u"1 - Konstante Höhe"_s, changestyle::fixedHeight},
-        {u"2 - Konstante Breite"_s, changestyle::fixedWidth},
-        {u"3 - Quadratisch lange Seite"_s, changestyle::longSide},
-        {u"4 - Passend in Rechteck"_s, changestyle::fitRectangle},
+        {u"0 - Breite und Höhe"_s, int(ChangeStyle::WidthAndHeight)},
+        {u"1 - Konstante Höhe"_s, int(ChangeStyle::FixedHeight)},
+        {u"2 - Konstante Breite"_s, int(ChangeStyle::FixedWidth)},
+        {u"3 - Quadratisch lange Seite"_s, int(ChangeStyle::LongSide)},
+        {u"4 - Passend in Rechteck"_s, int(ChangeStyle::FitRectangle)},
     };
 }
 
@@ -158,9 +162,9 @@ QList<ChoiceEntry> sizeUnitEntries()
     };
 }
 
-QString widthLabelText(int style)
+QString widthLabelText(std::optional<ChangeStyle> style)
 {
-    return style == changestyle::longSide ? u"Seitenlänge :"_s : u"Breite :"_s;
+    return style == ChangeStyle::LongSide ? u"Seitenlänge :"_s : u"Breite :"_s;
 }
 
 QString heightLabelText()
@@ -168,20 +172,19 @@ QString heightLabelText()
     return u"Höhe :"_s;
 }
 
-std::optional<InputEnabling> inputEnabling(int style)
+InputEnabling inputEnabling(ChangeStyle style)
 {
     switch (style) {
-    case changestyle::widthAndHeight:
-    case changestyle::fitRectangle:
+    case ChangeStyle::WidthAndHeight:
+    case ChangeStyle::FitRectangle:
         return InputEnabling {true, true};
-    case changestyle::fixedHeight:
+    case ChangeStyle::FixedHeight:
         return InputEnabling {false, true};
-    case changestyle::fixedWidth:
-    case changestyle::longSide:
+    case ChangeStyle::FixedWidth:
+    case ChangeStyle::LongSide:
         return InputEnabling {true, false};
-    default:
-        return std::nullopt;
     }
+    return InputEnabling {true, true};
 }
 
 QList<PresetList> presetLists()

@@ -13,14 +13,20 @@
 
 namespace valtrona {
 
-/// The change style: the item data of the "Änderungsstil" list entries.
-namespace changestyle {
-inline constexpr int widthAndHeight = 0; ///< width and height, each on its own
-inline constexpr int fixedHeight = 1;    ///< height given, width follows the aspect
-inline constexpr int fixedWidth = 2;     ///< width given, height follows the aspect
-inline constexpr int longSide = 3;       ///< width input is the long side
-inline constexpr int fitRectangle = 4;   ///< fit into width x height
-} // namespace changestyle
+/// The change style: how the target size follows from the inputs. The
+/// numbers are the item data of the "Änderungsstil" list entries and what
+/// the settings file keeps.
+enum class ChangeStyle : int {
+    WidthAndHeight = 0, ///< width and height, each on its own
+    FixedHeight = 1,    ///< height given, width follows the aspect
+    FixedWidth = 2,     ///< width given, height follows the aspect
+    LongSide = 3,       ///< width input is the long side
+    FitRectangle = 4,   ///< fit into width x height
+};
+
+/// The style of a list entry's item data or a settings value; none for any
+/// number but 0 to 4 (the list then has no selection).
+std::optional<ChangeStyle> changeStyleFromNumber(int number);
 
 /// Size units, the item data of the unit lists. The computation takes 0 as
 /// pixels and every other value as percent.
@@ -36,7 +42,7 @@ struct SizeRequest
     double heightInput = 0; ///< the height input
     int widthUnit = sizeunit::pixel;
     int heightUnit = sizeunit::pixel;
-    int style = changestyle::widthAndHeight;
+    ChangeStyle style = ChangeStyle::WidthAndHeight;
     double sourceWidth = 0; ///< the source's pixel size
     double sourceHeight = 0;
 };
@@ -57,28 +63,28 @@ struct TargetSize
 /// range) is skipped and the value it would have set keeps what it held, so
 /// a 0 x 0 source never crashes and gives no garbage; the conversion then
 /// fails on the unreadable image anyway.
-/// - 0: width and height each from its own input.
-/// - 1: height from its input, width = height x aspect.
-/// - 2: width from its input, height = width / aspect.
-/// - 3: the width input is the long side. Landscape: as style 2. Portrait or
-///   square: height = width input (pixels) or source width x input / 100
-///   (percent of the source *width*, deliberately), width = height / aspect.
-/// - 4: fit into the rectangle: width-led try, then height-led try, each
-///   compared against the raw input numbers (also in percent, so percent
-///   boxes nearly always fail); neither fits: 0 x 0, not usable.
-/// - other styles: 0 x 0, not usable.
+/// - WidthAndHeight: width and height each from its own input.
+/// - FixedHeight: height from its input, width = height x aspect.
+/// - FixedWidth: width from its input, height = width / aspect.
+/// - LongSide: the width input is the long side. Landscape: as FixedWidth.
+///   Portrait or square: height = width input (pixels) or source width x
+///   input / 100 (percent of the source *width*, deliberately), width =
+///   height / aspect.
+/// - FitRectangle: width-led try, then height-led try, each compared
+///   against the raw input numbers (also in percent, so percent boxes nearly
+///   always fail); neither fits: 0 x 0, not usable.
 TargetSize computeTargetSize(const SizeRequest &request);
 
 /// The status row the run appends after every computation:
 /// "Bildgröße : " + width + "x" + height (kind: information).
 QString targetSizeStatusText(const TargetSize &size);
 
-/// Whether the parameter card's format parameters may start a run. `style`
-/// is the selected change style's item data, -1 when none is selected.
-/// Only emptiness is tested ("0", "-3" or letters pass):
-/// -1: never; 0 and 4: neither text empty; 1: height text not empty;
-/// 2 and 3: width text not empty; any other value: valid.
-bool formatParametersValid(int style, const QString &widthText, const QString &heightText);
+/// Whether the parameter card's format parameters may start a run; `style`
+/// is none when no style is selected. Only emptiness is tested ("0", "-3"
+/// or letters pass): no style: never; WidthAndHeight and FitRectangle:
+/// neither text empty; FixedHeight: height text not empty; FixedWidth and
+/// LongSide: width text not empty.
+bool formatParametersValid(std::optional<ChangeStyle> style, const QString &widthText, const QString &heightText);
 
 /// One entry of a choice list: its text and its item data.
 struct ChoiceEntry
@@ -96,8 +102,9 @@ QList<ChoiceEntry> changeStyleEntries();
 /// A unit list in fill order: "Pixel" (0), "Prozent" (1).
 QList<ChoiceEntry> sizeUnitEntries();
 
-/// Label of the width input: "Seitenlänge :" for style 3, else "Breite :".
-QString widthLabelText(int style);
+/// Label of the width input: "Seitenlänge :" for LongSide, else (also with
+/// no style selected) "Breite :".
+QString widthLabelText(std::optional<ChangeStyle> style);
 
 /// Label of the height input, whatever the style: "Höhe :".
 QString heightLabelText();
@@ -111,9 +118,10 @@ struct InputEnabling
     bool operator==(const InputEnabling &) const = default;
 };
 
-/// The enabling table: 0 and 4 both, 1 height only, 2 and 3 width only;
-/// std::nullopt for any other value (leave the inputs as they are).
-std::optional<InputEnabling> inputEnabling(int style);
+/// The enabling table: WidthAndHeight and FitRectangle both, FixedHeight
+/// height only, FixedWidth and LongSide width only. With no style selected
+/// the inputs stay as they are.
+InputEnabling inputEnabling(ChangeStyle style);
 
 /// One of the four preset lists.
 struct PresetList

@@ -185,7 +185,7 @@ void CliHost::clearStatusRows() {}
 
 void CliHost::addStatusRow(const StatusRow &row)
 {
-    if (row.kind == int(StatusKind::Error))
+    if (row.kind == StatusKind::Error)
         m_errorWritten = true;
     const int error = m_terminal.writeRow(statusIconKey(row.kind) % u'\t' % row.text);
     // Rows nobody reads make the rest of the run pointless; the file in hand

@@ -50,12 +50,6 @@ int selectedUnit(int unit)
     return unit == sizeunit::percent ? sizeunit::percent : sizeunit::pixel;
 }
 
-// The style list holds 0 to 4; any other value leaves it without selection.
-int selectedStyle(int style)
-{
-    return style >= changestyle::widthAndHeight && style <= changestyle::fitRectangle ? style : -1;
-}
-
 } // namespace
 
 Expected<QStringList, QString> collectSources(const QList<SourceArgument> &arguments,
@@ -99,8 +93,9 @@ Expected<CliJob, QString> resolveJob(const CliOptions &options, const LastParame
         return unexpected<QString>(u"Sie haben keine Quelldateien gewählt !"_s);
 
     // Card 2, in the window's order.
-    const int style = selectedStyle(options.style.value_or(last.style));
-    if (style < 0)
+    // The style list holds 0 to 4; any other value leaves it without selection.
+    const std::optional<ChangeStyle> style = changeStyleFromNumber(options.style.value_or(last.style));
+    if (!style)
         return unexpected<QString>(u"Sie haben keinen Änderungsstil gewählt !"_s);
 
     CliJob job;
@@ -118,12 +113,12 @@ Expected<CliJob, QString> resolveJob(const CliOptions &options, const LastParame
     RunParameters &parameters = job.parameters;
     parameters.sources = sources;
     parameters.targetDirectory = absolutePath(target);
-    parameters.changeStyle = style;
+    parameters.changeStyle = *style;
     parameters.keepDate = options.keepDate;
     parameters.copyExif = options.exif;
     parameters.searchText = options.search.value_or(last.searchFor);
     parameters.replaceText = options.replace.value_or(last.replaceWith);
-    parameters.formatCode = options.formatCode.value_or(u"J"_s);
+    parameters.format = options.format.value_or(ImageFormat::Jpeg);
     parameters.keepDirectoryStructure = options.keepDirs;
     job.deleteSources = options.deleteSources;
     return job;

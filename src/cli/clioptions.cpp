@@ -98,13 +98,17 @@ const std::array<OptionSpec, 18> optionTable = {{
      }},
     {u"format", u"jpg|png|webp|avif", u"Zieldateiformat (Vorgabe: jpg)",
      [](CliOptions &o, const QString &v) -> QString {
-         static constexpr std::array<std::pair<QStringView, QStringView>, 5> formats {{
-             {u"jpg", u"J"}, {u"jpeg", u"J"}, {u"png", u"P"}, {u"webp", u"W"}, {u"avif", u"A"},
+         static constexpr std::array<std::pair<QStringView, ImageFormat>, 5> formats {{
+             {u"jpg", ImageFormat::Jpeg},
+             {u"jpeg", ImageFormat::Jpeg},
+             {u"png", ImageFormat::Png},
+             {u"webp", ImageFormat::WebP},
+             {u"avif", ImageFormat::Avif},
          }};
-         const QString format = v.trimmed().toLower();
-         for (const auto &[name, code] : formats) {
-             if (format == name) {
-                 o.formatCode = code.toString();
+         const QString given = v.trimmed().toLower();
+         for (const auto &[name, format] : formats) {
+             if (given == name) {
+                 o.format = format;
                  return {};
              }
          }

@@ -4,6 +4,7 @@
 // into CliOptions. Options left out keep std::nullopt (or false) so that the
 // settings file's "Last" section can fill them later.
 
+#include "batch/conversionimaging.h"
 #include "core/expected.h"
 
 #include <QList>
@@ -37,7 +38,7 @@ struct CliOptions
     std::optional<QString> height;     ///< --height TEXT
     std::optional<int> widthUnit;      ///< --width-unit px|% (0 or 1)
     std::optional<int> heightUnit;     ///< --height-unit px|%
-    std::optional<QString> formatCode; ///< --format jpg|png|webp|avif ("J", "P", "W" or "A")
+    std::optional<ImageFormat> format; ///< --format jpg|png|webp|avif
     std::optional<QString> outDir;     ///< --out DIR
     std::optional<QString> search;     ///< --search TEXT
     std::optional<QString> replace;    ///< --replace TEXT

@@ -107,6 +107,7 @@ QList<SettingDefault> seededDefaults()
     const QString main = ini::sectionMain;
     const QString last = ini::sectionLast;
     const QString jpg = ini::sectionJpg;
+    const DrawingSettings drawing;
     QList<SettingDefault> defaults {
         {main, ini::keyVersion, u"1"_s},
         {last, ini::keyStyle, u"3"_s},
@@ -115,11 +116,11 @@ QList<SettingDefault> seededDefaults()
         {last, ini::keyWidthUnit, u"0"_s},
         {last, ini::keyHeightUnit, u"0"_s},
         {last, ini::keyPath, QString()},
-        {jpg, ini::keyQuality, u"85"_s},
-        {jpg, ini::keyInterpolation, u"7"_s},
-        {jpg, ini::keySmoothing, u"4"_s},
-        {jpg, ini::keyPixelOffset, u"2"_s},
-        {jpg, ini::keyCompositing, u"2"_s},
+        {jpg, ini::keyQuality, QString::number(drawing.quality)},
+        {jpg, ini::keyInterpolation, QString::number(drawing.interpolation)},
+        {jpg, ini::keySmoothing, QString::number(drawing.smoothing)},
+        {jpg, ini::keyPixelOffset, QString::number(drawing.pixelOffset)},
+        {jpg, ini::keyCompositing, QString::number(drawing.compositing)},
     };
     const QStringList keys = presetKeys();
     for (const QString &presetKey : keys) {
@@ -210,15 +211,15 @@ void seedDefaultSettings()
     seedDefaultSettings(settingsPath());
 }
 
-ImagingSettings readImagingSettings(const QString &file)
+DrawingSettings readDrawingSettings(const QString &file, const DrawingSettings &missing)
 {
     const QString jpg = ini::sectionJpg;
-    ImagingSettings settings;
-    settings.quality = readIniInt(file, jpg, ini::keyQuality, 0);
-    settings.interpolation = readIniInt(file, jpg, ini::keyInterpolation, 0);
-    settings.smoothing = readIniInt(file, jpg, ini::keySmoothing, 0);
-    settings.pixelOffset = readIniInt(file, jpg, ini::keyPixelOffset, 0);
-    settings.compositing = readIniInt(file, jpg, ini::keyCompositing, 0);
+    DrawingSettings settings;
+    settings.quality = readIniInt(file, jpg, ini::keyQuality, missing.quality);
+    settings.interpolation = readIniInt(file, jpg, ini::keyInterpolation, missing.interpolation);
+    settings.smoothing = readIniInt(file, jpg, ini::keySmoothing, missing.smoothing);
+    settings.pixelOffset = readIniInt(file, jpg, ini::keyPixelOffset, missing.pixelOffset);
+    settings.compositing = readIniInt(file, jpg, ini::keyCompositing, missing.compositing);
     settings.upright = readIniString(file, jpg, ini::keyOrientation).trimmed() != u"0"_s;
     return settings;
 }

@@ -105,22 +105,28 @@ void seedDefaultSettings(const QString &file);
 /// seedDefaultSettings(settingsPath()).
 void seedDefaultSettings();
 
-/// The imaging parameters of the JPG section: five numbers, each read with
-/// readIniInt and default 0, unchecked, and the orientation.
-struct ImagingSettings
+/// The drawing settings of section "JPG": JPEG quality, the four drawing
+/// modes (their meanings are the imaging layer's) and the orientation. The
+/// numbers are what the file holds, unchecked; a default-made value holds
+/// what start-up seeding writes.
+struct DrawingSettings
 {
-    int quality = 0;       ///< PRZ, JPEG quality in percent
-    int interpolation = 0; ///< INT
-    int smoothing = 0;     ///< SMT
-    int pixelOffset = 0;   ///< PXL
-    int compositing = 0;   ///< CMP
+    int quality = 85;      ///< PRZ, JPEG quality in percent (clamped when saving)
+    int interpolation = 7; ///< INT
+    int smoothing = 4;     ///< SMT
+    int pixelOffset = 2;   ///< PXL
+    int compositing = 2;   ///< CMP
     /// ORI: photos are turned upright as their EXIF data says, unless the
     /// key reads "0" (then they are taken as stored). Missing means upright.
     bool upright = true;
+
+    bool operator==(const DrawingSettings &other) const = default;
 };
 
-/// Reads the JPG section anew (called once per image).
-ImagingSettings readImagingSettings(const QString &file);
+/// Reads the JPG section anew (called once per image). Each number is read
+/// with readIniInt; a key that is missing or empty reads as the number
+/// `missing` holds for it. ORI is read as described above.
+DrawingSettings readDrawingSettings(const QString &file, const DrawingSettings &missing);
 
 /// The last-used parameters of the main window (section LAST).
 struct LastParameters

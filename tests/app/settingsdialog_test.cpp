@@ -61,14 +61,9 @@ protected:
 
 TEST_F(SettingsDialogTest, FillsFromTheFileWithoutCountingAsAChange)
 {
-    EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Konfiguration..."));
     EXPECT_EQ(dialog->line(5)->text(), QStringLiteral("85"));
     EXPECT_EQ(dialog->line(9)->text(), QStringLiteral("2"));
-    EXPECT_EQ(dialog->line(5)->tag(), QStringLiteral("PRZ"));
-    EXPECT_EQ(dialog->line(4), nullptr);
-    EXPECT_EQ(dialog->line(10)->tag(), QStringLiteral("ORI"));
-    EXPECT_EQ(dialog->line(10)->text(), QString()); // not in the file: upright
-    EXPECT_EQ(dialog->line(11), nullptr);
+    EXPECT_EQ(dialog->line(10)->text(), QString()); // ORI, not in the file: upright
     EXPECT_FALSE(dialog->isDirty());
 
     press("cmdSave");
@@ -131,19 +126,9 @@ TEST_F(SettingsDialogTest, EveryWayOutAsksOnceAndWritesOnlyOnYes)
         EXPECT_EQ(stored("INT"), c.yes ? QStringLiteral("5") : QStringLiteral("7")) << context;
         EXPECT_EQ(dialog->isVisible(), c.staysOpen) << context;
         EXPECT_EQ(dialog->line(5)->text(), QStringLiteral("70")) << "the edits stay: " << context;
+        press("cmdAB"); // answered either way: leaving asks no more
+        EXPECT_EQ(dialogs->shown.size(), 1) << context;
     }
-}
-
-TEST_F(SettingsDialogTest, AfterAnsweringNoLeavingAsksNoMore)
-{
-    type(5, QStringLiteral("10"));
-    dialogs->answers = {false};
-    press("cmdSave");
-    EXPECT_FALSE(dialog->isDirty());
-    press("cmdAB");
-    EXPECT_EQ(dialogs->shown.size(), 1);
-    EXPECT_FALSE(dialog->isVisible());
-    EXPECT_EQ(stored("PRZ"), QStringLiteral("85"));
 }
 
 TEST_F(SettingsDialogTest, ModeLinesTakeOneDigitOfTheirRange)

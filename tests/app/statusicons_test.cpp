@@ -40,27 +40,27 @@ double visibleShare(const QIcon &icon, const QColor &background)
 
 TEST(StatusSymbols, EverySymbolReadsOnLightAndDarkBackgrounds)
 {
-    for (const int kind : {1, 2, 3, 4}) {
+    for (const StatusKind kind : {StatusKind::Picture, StatusKind::Written, StatusKind::Error, StatusKind::Info}) {
         const QIcon icon = statusSymbol(kind);
         for (const QColor &background : {QColor(Qt::white), QColor(0x23, 0x26, 0x29), QColor(0x30, 0x8c, 0xc6)}) {
             EXPECT_GT(visibleShare(icon, background), 0.15)
-                << "kind " << kind << " on " << background.name().toStdString();
+                << "kind " << int(kind) << " on " << background.name().toStdString();
         }
     }
 }
 
 TEST(StatusSymbols, EmptySymbolIsTransparentButSized)
 {
-    const QIcon empty = statusSymbol(0);
+    const QIcon empty = statusSymbol(StatusKind::None);
     EXPECT_FALSE(empty.isNull());
     EXPECT_EQ(visibleShare(empty, Qt::white), 0.0);
-    EXPECT_EQ(visibleShare(statusSymbol(99), Qt::black), 0.0);
+    EXPECT_EQ(visibleShare(statusSymbol(StatusKind(99)), Qt::black), 0.0);
 }
 
 TEST(StatusSymbols, KindsLookDifferent)
 {
     QList<QImage> images;
-    for (const int kind : {1, 2, 3, 4})
+    for (const StatusKind kind : {StatusKind::Picture, StatusKind::Written, StatusKind::Error, StatusKind::Info})
         images.append(statusSymbol(kind).pixmap(16, 16).toImage());
     for (int i = 0; i < images.size(); ++i) {
         for (int j = i + 1; j < images.size(); ++j)
@@ -77,7 +77,8 @@ TEST(StatusListRows, NewestRowIsSelectedAndCarriesKeyAndTag)
         const char *key;
     } rows[] = {{4, "INF"}, {1, "PIC"}, {2, "POK"}, {3, "ERR"}, {0, "EPY"}, {7, "EPY"}, {-1, "EPY"}};
     for (const auto &row : rows)
-        list.addStatusRow(QStringLiteral("Zeile"), row.kind, row.kind == 1 ? QStringLiteral("/x/a.jpg") : QString());
+        list.addStatusRow(QStringLiteral("Zeile"), StatusKind(row.kind),
+                          row.kind == 1 ? QStringLiteral("/x/a.jpg") : QString());
 
     ASSERT_EQ(list.topLevelItemCount(), 7);
     for (int i = 0; i < 7; ++i)

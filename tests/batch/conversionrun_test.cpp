@@ -45,7 +45,7 @@ public:
     {
         rows.append(row);
         events.append(u"row "_s + statusIconKey(row.kind) + u'\t' + row.text);
-        if (!stopAtPicture.isEmpty() && row.kind == int(StatusKind::Picture)
+        if (!stopAtPicture.isEmpty() && row.kind == StatusKind::Picture
             && row.text.endsWith(u" : "_s + stopAtPicture))
             stop = true;
     }
@@ -212,7 +212,7 @@ RunParameters fitInto(const QStringList &sources, const QString &target)
     RunParameters p;
     p.sources = sources;
     p.targetDirectory = target;
-    p.changeStyle = 4;
+    p.changeStyle = ChangeStyle::FitRectangle;
     return p;
 }
 
@@ -421,7 +421,7 @@ TEST(ConversionRun, HostSeesEachStepInOrderAndTheDetailsItAsked)
     RunParameters p = fitInto(sources, box.filePath(u"out"_s));
     p.keepDate = true;
     p.copyExif = true;
-    p.formatCode = u"p"_s;
+    p.format = ImageFormat::Png;
     FakeImaging imaging(&host.events);
     WorkerPool pool(2);
     ConversionRun(host, imaging, pool, [] { return DrawingSettings(); }).run(p);
@@ -453,7 +453,7 @@ TEST(ConversionRun, RightSizeSourcesAreCopiedUnlessTheTargetIsAnotherNewFormat)
                                   RunParameters p = fitInto({box.writeFile(u"src/a.jpg"_s, "IMG 160x120 0"),
                                                              box.writeFile(u"src/b.webp"_s, "IMG 160x120 0 webp")},
                                                             box.filePath(u"out"_s));
-                                  p.formatCode = u"W"_s;
+                                  p.format = ImageFormat::WebP;
                                   return p;
                               }};
     const Outcome o = runScenario(rightSize, 2);

@@ -9,9 +9,15 @@
 
 using valtrona::commonBaseDirectory;
 using valtrona::composeTargetPath;
+using valtrona::ImageFormat;
 using valtrona::renameTarget;
 
 namespace {
+
+constexpr ImageFormat jpeg = ImageFormat::Jpeg;
+constexpr ImageFormat png = ImageFormat::Png;
+constexpr ImageFormat webp = ImageFormat::WebP;
+constexpr ImageFormat avif = ImageFormat::Avif;
 
 QString s(const char *text)
 {
@@ -71,33 +77,41 @@ TEST(Naming, TargetPaths)
         const char *base;
         const char *source;
         bool keep;
-        const char *format;
+        std::optional<ImageFormat> format;
         const char *target;
     };
     const Case cases[] = {
-        {"flat", "/E/Out", "/D/A/", "/D/A/x.png", false, "J", "/E/Out/x.jpg"},
-        {"below base", "/E/Out", "/D/A/", "/D/A/B/y.jpg", false, "J", "/E/Out/B/y.jpg"},
-        {"kept", "/E/Out", "/D/A/", "/D/A/x.png", true, "J", "/E/Out/D/A/x.jpg"},
-        {"kept below", "/E/Out", "/D/A/", "/D/A/B/y.jpg", true, "J", "/E/Out/D/A/B/y.jpg"},
-        {"trailing separator", "/E/Out/", "/D/A/", "/D/A/B/y.jpg", false, "J", "/E/Out/B/y.jpg"},
-        {"blanks around", "  /E/Out  ", "/D/A/", "/D/A/x.png", false, "J", "/E/Out/x.jpg"},
-        {"backslash", "/E/Out", "/bs/", "/bs/a\\b.JPG", false, "P", "/E/Out/a\\b.png"},
-        {"two roots", "/E/Out", "/", "/C/x/a.jpg", false, "p", "/E/Out/C/x/a.png"},
-        {"base is a prefix", "/E/Out", "/Bilder/Ur", "/Bilder/Urlaub/a.jpg", false, "J", "/E/Out/laub/a.jpg"},
-        {"other case, other folder", "/E/Out", "/x/Foto/", "/x/foto/a.jpg", false, "J", "/E/Out/x/foto/a.jpg"},
-        {"not below base", "/E/Out", "/D/A/", "/Q/x.png", false, "J", "/E/Out/Q/x.jpg"},
-        {"no extension", "/E/Out", "/E/raw/", "/E/raw/scan", false, "J", "/E/Out/scan.jpg"},
-        {"dotted dir", "/E/Out", "/", "/v1.2/scan", false, "J", "/E/Out/v1.2/scan.jpg"},
-        {"two points", "/E/Out", "/", "/a/x.tar.PNG", false, "J", "/E/Out/a/x.tar.jpg"},
-        {"WebP", "/E/Out", "/D/", "/D/x.jpg", false, "W", "/E/Out/x.webp"},
-        {"AVIF", "/E/Out", "/D/", "/D/x.jpg", false, "a", "/E/Out/x.avif"},
-        {"unknown format", "/E/Out", "/D/", "/D/x.png", false, "X", "/E/Out/x"},
-        {"colons", "/E/Out", "/x/", "/x/a:b/12:30.jpg", false, "J", "/E/Out/a:b/12:30.jpg"},
+        {"flat", "/E/Out", "/D/A/", "/D/A/x.png", false, jpeg, "/E/Out/x.jpg"},
+        {"below base", "/E/Out", "/D/A/", "/D/A/B/y.jpg", false, jpeg, "/E/Out/B/y.jpg"},
+        {"kept", "/E/Out", "/D/A/", "/D/A/x.png", true, jpeg, "/E/Out/D/A/x.jpg"},
+        {"kept below", "/E/Out", "/D/A/", "/D/A/B/y.jpg", true, jpeg, "/E/Out/D/A/B/y.jpg"},
+        {"trailing separator", "/E/Out/", "/D/A/", "/D/A/B/y.jpg", false, jpeg, "/E/Out/B/y.jpg"},
+        {"blanks around", "  /E/Out  ", "/D/A/", "/D/A/x.png", false, jpeg, "/E/Out/x.jpg"},
+        {"backslash", "/E/Out", "/bs/", "/bs/a\\b.JPG", false, png, "/E/Out/a\\b.png"},
+        {"two roots", "/E/Out", "/", "/C/x/a.jpg", false, png, "/E/Out/C/x/a.png"},
+        {"base is a prefix", "/E/Out", "/Bilder/Ur", "/Bilder/Urlaub/a.jpg", false, jpeg, "/E/Out/laub/a.jpg"},
+        {"other case, other folder", "/E/Out", "/x/Foto/", "/x/foto/a.jpg", false, jpeg, "/E/Out/x/foto/a.jpg"},
+        {"not below base", "/E/Out", "/D/A/", "/Q/x.png", false, jpeg, "/E/Out/Q/x.jpg"},
+        {"no extension", "/E/Out", "/E/raw/", "/E/raw/scan", false, jpeg, "/E/Out/scan.jpg"},
+        {"dotted dir", "/E/Out", "/", "/v1.2/scan", false, jpeg, "/E/Out/v1.2/scan.jpg"},
+        {"two points", "/E/Out", "/", "/a/x.tar.PNG", false, jpeg, "/E/Out/a/x.tar.jpg"},
+        {"WebP", "/E/Out", "/D/", "/D/x.jpg", false, webp, "/E/Out/x.webp"},
+        {"AVIF", "/E/Out", "/D/", "/D/x.jpg", false, avif, "/E/Out/x.avif"},
+        {"unknown format", "/E/Out", "/D/", "/D/x.png", false, std::nullopt, "/E/Out/x"},
+        {"colons", "/E/Out", "/x/", "/x/a:b/12:30.jpg", false, jpeg, "/E/Out/a:b/12:30.jpg"},
     };
     for (const Case &c : cases) {
-        EXPECT_EQ(composeTargetPath(s(c.targetDir), s(c.base), s(c.source), c.keep, s(c.format)), s(c.target))
+        EXPECT_EQ(composeTargetPath(s(c.targetDir), s(c.base), s(c.source), c.keep, c.format), s(c.target))
             << c.what;
     }
+}
+
+TEST(Naming, FormatCodesIgnoreCaseAndAnUnknownOneGivesNone)
+{
+    const std::pair<const char *, std::optional<ImageFormat>> cases[] = {
+        {"J", jpeg}, {"p", png}, {"W", webp}, {"a", avif}, {"X", std::nullopt}, {"", std::nullopt}, {"JP", std::nullopt}};
+    for (const auto &[code, format] : cases)
+        EXPECT_EQ(valtrona::formatForCode(s(code)), format) << code;
 }
 
 TEST(Naming, TargetPathCreatesTheDirectory)
@@ -108,14 +122,14 @@ TEST(Naming, TargetPathCreatesTheDirectory)
     EXPECT_EQ(base, box.filePath(QStringLiteral("D/A/")));
     const QString out = box.filePath(QStringLiteral("E/Out"));
 
-    EXPECT_EQ(valtrona::targetPath(out, base, sources[0], false, QStringLiteral("J")), out + QStringLiteral("/x.jpg"));
-    EXPECT_EQ(valtrona::targetPath(out, base, sources[1], false, QStringLiteral("J")), out + QStringLiteral("/B/y.jpg"));
+    EXPECT_EQ(valtrona::targetPath(out, base, sources[0], false, jpeg), out + QStringLiteral("/x.jpg"));
+    EXPECT_EQ(valtrona::targetPath(out, base, sources[1], false, jpeg), out + QStringLiteral("/B/y.jpg"));
     EXPECT_TRUE(QFileInfo(out + QStringLiteral("/B")).isDir());
     EXPECT_FALSE(QFileInfo::exists(out + QStringLiteral("/B/y.jpg")));
 
     // A file in the way: the path comes back all the same, nothing is harmed.
     box.writeFile(QStringLiteral("F"), "datei");
-    EXPECT_EQ(valtrona::targetPath(box.filePath(QStringLiteral("F")), base, sources[1], false, QStringLiteral("J")),
+    EXPECT_EQ(valtrona::targetPath(box.filePath(QStringLiteral("F")), base, sources[1], false, jpeg),
               box.filePath(QStringLiteral("F/B/y.jpg")));
     EXPECT_EQ(valtrona::test::readAll(box.filePath(QStringLiteral("F"))), QByteArray("datei"));
 }
@@ -167,18 +181,18 @@ TEST(Naming, NamesCannotEscapeTheTargetDirectory)
         {"/D/A/", "/D/A/", false, "/E/Out/.jpg"},
     };
     for (const SourceCase &c : sources) {
-        const QString target = composeTargetPath(out, s(c.base), s(c.source), c.keep, QStringLiteral("J"));
+        const QString target = composeTargetPath(out, s(c.base), s(c.source), c.keep, jpeg);
         EXPECT_EQ(target, s(c.target)) << c.source;
         EXPECT_TRUE(staysInside(target, out)) << target.toStdString();
         EXPECT_TRUE(staysInside(renameTarget(target, QStringLiteral("."), QStringLiteral("..")), out));
     }
     // A NUL would cut the name short on its way to the system.
     const QString nul = composeTargetPath(out, QString(), QStringLiteral("/..") + QChar(0) + QStringLiteral("x/y.png"),
-                                          false, QStringLiteral("J"));
+                                          false, jpeg);
     EXPECT_EQ(nul, QStringLiteral("/E/Out/.._x/y.jpg"));
     EXPECT_EQ(renameTarget(nul, QStringLiteral("y"), QString(QChar(0))), QStringLiteral("/E/Out/.._x/_.jpg"));
     // Without an extension nothing stands between the name and "..".
-    const QString bare = composeTargetPath(out, QString(), QStringLiteral("/D/.."), false, QStringLiteral("X"));
+    const QString bare = composeTargetPath(out, QString(), QStringLiteral("/D/.."), false, std::nullopt);
     EXPECT_TRUE(staysInside(bare, out)) << bare.toStdString();
 }
 

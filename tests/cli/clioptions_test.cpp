@@ -30,7 +30,7 @@ TEST(ParseArguments, EveryOptionInBothSpellings)
     EXPECT_EQ(o.height, u"600"_s);
     EXPECT_EQ(o.widthUnit, 1);
     EXPECT_EQ(o.heightUnit, 0);
-    EXPECT_EQ(o.formatCode, u"P"_s);
+    EXPECT_EQ(o.format, ImageFormat::Png);
     EXPECT_EQ(o.outDir, u"o"_s);
     EXPECT_EQ(o.search, u"IMG"_s);
     EXPECT_EQ(o.replace, QString()); // given, but empty
@@ -44,17 +44,18 @@ TEST(ParseArguments, EveryOptionInBothSpellings)
     EXPECT_EQ(o.sources, sources);
 }
 
-TEST(ParseArguments, EachFormatNameGivesItsCode)
+TEST(ParseArguments, EachFormatNameGivesItsFormat)
 {
     const struct
     {
         const char *name;
-        const char *code;
-    } cases[] = {{"jpg", "J"}, {"JPEG", "J"}, {"png", "P"}, {"webp", "W"}, {" AVIF ", "A"}};
+        ImageFormat format;
+    } cases[] = {{"jpg", ImageFormat::Jpeg}, {"JPEG", ImageFormat::Jpeg}, {"png", ImageFormat::Png},
+                 {"webp", ImageFormat::WebP}, {" AVIF ", ImageFormat::Avif}};
     for (const auto &c : cases) {
         const auto parsed = parseArguments({u"--format"_s, QString::fromLatin1(c.name)});
         ASSERT_TRUE(parsed.has_value()) << c.name;
-        EXPECT_EQ(parsed->formatCode, QString::fromLatin1(c.code)) << c.name;
+        EXPECT_EQ(parsed->format, c.format) << c.name;
     }
 }
 
@@ -63,7 +64,7 @@ TEST(ParseArguments, LeftOutOptionsStayOpen)
     const auto parsed = parseArguments({u"x.jpg"_s});
     ASSERT_TRUE(parsed.has_value());
     EXPECT_FALSE(parsed->style || parsed->width || parsed->height || parsed->widthUnit
-                 || parsed->heightUnit || parsed->formatCode || parsed->outDir || parsed->search
+                 || parsed->heightUnit || parsed->format || parsed->outDir || parsed->search
                  || parsed->replace || parsed->jobs || parsed->settingsFile);
     EXPECT_FALSE(parsed->keepDirs || parsed->keepDate || parsed->exif || parsed->deleteSources);
 }
@@ -187,7 +188,7 @@ TEST(ResolveJob, OptionsLeftOutTakeTheLastParameters)
     last.heightUnit = 1;
     const auto job = resolveJob(optionsFrom({}), last, {u"/a/b.jpg"_s});
     ASSERT_TRUE(job.has_value());
-    EXPECT_EQ(job->parameters.changeStyle, 3);
+    EXPECT_EQ(job->parameters.changeStyle, ChangeStyle::LongSide);
     EXPECT_EQ(job->inputs.widthText, u"1024"_s);
     EXPECT_EQ(job->inputs.heightText, u"768"_s);
     EXPECT_EQ(job->inputs.widthUnit, 0);
@@ -195,7 +196,7 @@ TEST(ResolveJob, OptionsLeftOutTakeTheLastParameters)
     EXPECT_EQ(job->parameters.targetDirectory, u"/ziel"_s);
     EXPECT_EQ(job->parameters.searchText, u"IMG"_s);
     EXPECT_EQ(job->parameters.replaceText, u"Bild"_s);
-    EXPECT_EQ(job->parameters.formatCode, u"J"_s);
+    EXPECT_EQ(job->parameters.format, ImageFormat::Jpeg);
     EXPECT_FALSE(job->parameters.keepDate || job->parameters.copyExif || job->deleteSources
                  || job->parameters.keepDirectoryStructure);
 
@@ -203,11 +204,11 @@ TEST(ResolveJob, OptionsLeftOutTakeTheLastParameters)
                                                u"%"_s, u"--search"_s, u""_s, u"--format"_s, u"png"_s}),
                                   last, {u"/a/b.jpg"_s});
     ASSERT_TRUE(given.has_value());
-    EXPECT_EQ(given->parameters.changeStyle, 0);
+    EXPECT_EQ(given->parameters.changeStyle, ChangeStyle::WidthAndHeight);
     EXPECT_EQ(given->inputs.widthText, u"50"_s);
     EXPECT_EQ(given->inputs.widthUnit, 1);
     EXPECT_EQ(given->parameters.searchText, QString());
-    EXPECT_EQ(given->parameters.formatCode, u"P"_s);
+    EXPECT_EQ(given->parameters.format, ImageFormat::Png);
 }
 
 TEST(CollectSources, AddsInOrderWithoutDuplicates)

@@ -139,14 +139,21 @@ TEST(SettingsTest, EachParameterHasItsOwnKey)
     const QString file = sandbox.writeFile(u"v.ini"_s,
         "[JPG]\r\nPRZ=61\r\nINT=5\r\nSMT=3\r\nPXL=1\r\nCMP=4\r\n"
         "[LAST]\r\nStyle=2\r\nWidth=50\r\nHeight=abc\r\nWU=1\r\nHU=7\r\nPath=/p\r\nSFOR=s\r\nREPW=r\r\n");
-    const ImagingSettings imaging = readImagingSettings(file);
+    // A missing key reads as the number given for it.
+    const DrawingSettings none {0, 0, 0, 0, 0, true};
+    const DrawingSettings imaging = readDrawingSettings(file, none);
     EXPECT_EQ((std::array {imaging.quality, imaging.interpolation, imaging.smoothing, imaging.pixelOffset,
                            imaging.compositing}),
               (std::array {61, 5, 3, 1, 4}));
+    EXPECT_EQ(readDrawingSettings(sandbox.filePath(u"missing.ini"_s), none), none);
     const LastParameters read = readLastParameters(file);
     EXPECT_EQ((std::array {read.style, read.widthUnit, read.heightUnit}), (std::array {2, 1, 7}));
     EXPECT_EQ((QStringList {read.width, read.height, read.path, read.searchFor, read.replaceWith}),
               (QStringList {u"50"_s, u"abc"_s, u"/p"_s, u"s"_s, u"r"_s}));
+    // Seeding writes what a default-made value holds.
+    const QString seeded = sandbox.filePath(u"seeded.ini"_s);
+    seedDefaultSettings(seeded);
+    EXPECT_EQ(readDrawingSettings(seeded, none), DrawingSettings());
 
     // Photos are turned upright unless the orientation key, never seeded,
     // reads 0.
@@ -155,7 +162,7 @@ TEST(SettingsTest, EachParameterHasItsOwnKey)
                                          std::pair {u"1"_s, true}, std::pair {u"nein"_s, true},
                                          std::pair {u"00"_s, true}}) {
         writeIniString(file, u"JPG"_s, u"ORI"_s, value);
-        EXPECT_EQ(readImagingSettings(file).upright, upright) << value.toStdString();
+        EXPECT_EQ(readDrawingSettings(file, none).upright, upright) << value.toStdString();
     }
 
     LastParameters p;
