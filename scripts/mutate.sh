@@ -4,9 +4,9 @@
 # that own that code, puts the code back, and counts how many faults a test
 # caught. Exits non-zero when fewer than 95 % were caught.
 #
-# Usage: scripts/mutate.sh [build-dir] [name-filter]
+# Usage: scripts/mutate.sh [build-dir] [filter]
 #   build-dir    an existing build tree (default: build)
-#   name-filter  only the faults whose name contains this text
+#   filter       only the faults whose name or file contains this text
 #
 # A fault in mutations.txt is a block:
 #   @ <name> | <file> | <test executable>[,<test executable>...]
@@ -89,7 +89,7 @@ run_one() {
 
 name="" file="" tests="" original="" mutated=""
 flush() {
-    if [ -n "$name" ] && { [ -z "$filter" ] || [[ "$name" == *"$filter"* ]]; }; then
+    if [ -n "$name" ] && { [ -z "$filter" ] || [[ "$name" == *"$filter"* ]] || [[ "$file" == *"$filter"* ]]; }; then
         run_one "$name" "$file" "$tests" "$original" "$mutated"
     fi
     name="" file="" tests="" original="" mutated=""
