@@ -82,16 +82,6 @@ QString composeTargetPath(const QString &targetDirectory, const QString &commonB
     return files::addTrailingSeparator(targetDirectory) + dir + name;
 }
 
-QString targetPath(const QString &targetDirectory, const QString &commonBase,
-                   const QString &sourcePath, bool keepDirectoryStructure,
-                   std::optional<ImageFormat> format)
-{
-    const QString target = composeTargetPath(targetDirectory, commonBase, sourcePath,
-                                             keepDirectoryStructure, format);
-    files::createDirectoryChain(files::directoryPart(target));
-    return target;
-}
-
 QString renameTarget(const QString &target, const QString &search, const QString &replacement)
 {
     if (search.isEmpty())

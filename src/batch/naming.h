@@ -36,12 +36,6 @@ QString composeTargetPath(const QString &targetDirectory, const QString &commonB
                           const QString &sourcePath, bool keepDirectoryStructure,
                           std::optional<ImageFormat> format);
 
-/// composeTargetPath(), then creates the target's directory with every
-/// missing level. A failure to create it is silent (the save fails later).
-QString targetPath(const QString &targetDirectory, const QString &commonBase,
-                   const QString &sourcePath, bool keepDirectoryStructure,
-                   std::optional<ImageFormat> format);
-
 /// Replaces every `search` (ignoring case) by `replacement` in the file name
 /// of `target`, leaving its directory and extension alone. An empty `search`
 /// returns `target` unchanged. Every "/" that the replacement brings in

@@ -185,20 +185,6 @@ bool writeFileText(const QString &path, const QString &text)
     return writeFileAtomically(path, text.toUtf8()).has_value() || fileExists(path);
 }
 
-bool createDirectoryChain(const QString &path)
-{
-    const QString p = addTrailingSeparator(path);
-    if (dirExistsNonEmpty(p))
-        return true;
-    // Every level in order, each as the text up to its separator; a leading
-    // "/" (the root) and doubled separators name nothing to create.
-    for (qsizetype i = 1; i < p.size(); ++i) {
-        if (p.at(i) == QLatin1Char('/') && p.at(i - 1) != QLatin1Char('/'))
-            ::mkdir(nativeFileName(p.left(i)).constData(), 0777);
-    }
-    return dirExists(p);
-}
-
 struct timespec timespecOf(const QDateTime &time)
 {
     const qint64 ms = time.toMSecsSinceEpoch();

@@ -18,7 +18,7 @@
 //   ReplaceAll, ReplaceFirst replaceAll, replaceFirst
 //   FileExists, DirExists, DirExistsNonEmpty   fileExists, dirExists, dirExistsNonEmpty
 //   ReadFileText, WriteFileText                readFileText, writeFileText
-//   CreateDirectoryChain    createDirectoryChain
+//   CreateDirectoryChain    TargetFolder::createFolders (core/targetfolder.h)
 //   SetFileTimes            setFileTimes (DateToFileTime is QDateTime's job)
 //   ListFiles               listFiles, listJpegFiles, expandFolders
 //   DeleteToRecycleBin      deleteToRecycleBin, moveToTrash (core/trash.h)
@@ -139,11 +139,7 @@ enum class AtLink {
 Expected<void, Error> writeFileAtomically(const QString &path, QByteArrayView bytes,
                                           AtLink atLink = AtLink::Replace);
 
-// ---- Directories and file times -------------------------------------------
-
-/// Creates the directory and every missing level above it; failures on the
-/// way are ignored. Returns whether the directory exists at the end.
-bool createDirectoryChain(const QString &path);
+// ---- File times ------------------------------------------------------------
 
 /// A point in time as the system's file-time calls take it.
 struct timespec timespecOf(const QDateTime &time);

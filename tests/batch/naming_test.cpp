@@ -114,26 +114,6 @@ TEST(Naming, FormatCodesIgnoreCaseAndAnUnknownOneGivesNone)
         EXPECT_EQ(valtrona::formatForCode(s(code)), format) << code;
 }
 
-TEST(Naming, TargetPathCreatesTheDirectory)
-{
-    valtrona::test::Sandbox box;
-    const QStringList sources{box.filePath(QStringLiteral("D/A/x.png")), box.filePath(QStringLiteral("D/A/B/y.jpg"))};
-    const QString base = commonBaseDirectory(sources);
-    EXPECT_EQ(base, box.filePath(QStringLiteral("D/A/")));
-    const QString out = box.filePath(QStringLiteral("E/Out"));
-
-    EXPECT_EQ(valtrona::targetPath(out, base, sources[0], false, jpeg), out + QStringLiteral("/x.jpg"));
-    EXPECT_EQ(valtrona::targetPath(out, base, sources[1], false, jpeg), out + QStringLiteral("/B/y.jpg"));
-    EXPECT_TRUE(QFileInfo(out + QStringLiteral("/B")).isDir());
-    EXPECT_FALSE(QFileInfo::exists(out + QStringLiteral("/B/y.jpg")));
-
-    // A file in the way: the path comes back all the same, nothing is harmed.
-    box.writeFile(QStringLiteral("F"), "datei");
-    EXPECT_EQ(valtrona::targetPath(box.filePath(QStringLiteral("F")), base, sources[1], false, jpeg),
-              box.filePath(QStringLiteral("F/B/y.jpg")));
-    EXPECT_EQ(valtrona::test::readAll(box.filePath(QStringLiteral("F"))), QByteArray("datei"));
-}
-
 TEST(Naming, RenameTouchesOnlyTheFileName)
 {
     struct Case { const char *target, *search, *replacement, *result; };

@@ -59,16 +59,6 @@ TEST(ParseArguments, EachFormatNameGivesItsFormat)
     }
 }
 
-TEST(ParseArguments, LeftOutOptionsStayOpen)
-{
-    const auto parsed = parseArguments({u"x.jpg"_s});
-    ASSERT_TRUE(parsed.has_value());
-    EXPECT_FALSE(parsed->style || parsed->width || parsed->height || parsed->widthUnit
-                 || parsed->heightUnit || parsed->format || parsed->outDir || parsed->search
-                 || parsed->replace || parsed->jobs || parsed->settingsFile);
-    EXPECT_FALSE(parsed->keepDirs || parsed->keepDate || parsed->exif || parsed->deleteSources);
-}
-
 TEST(ParseArguments, RefusesWhatItCannotUse)
 {
     const QList<QStringList> refused {

@@ -160,33 +160,6 @@ TEST(FileServices, ExistenceQueries)
     }
 }
 
-TEST(FileServices, CreateDirectoryChainCreatesEveryLevel)
-{
-    Sandbox box;
-    const QString deep = box.filePath(QStringLiteral("eins/zwei/drei"));
-    EXPECT_TRUE(files::createDirectoryChain(deep));
-    EXPECT_TRUE(QFileInfo(box.filePath(QStringLiteral("eins/zwei/drei"))).isDir());
-    EXPECT_TRUE(files::createDirectoryChain(deep + QLatin1Char('/')));  // already there
-
-    // "\" and ":" are characters of a name.
-    EXPECT_TRUE(files::createDirectoryChain(box.filePath(QStringLiteral("a\\b/c:d"))));
-    EXPECT_TRUE(QFileInfo(box.filePath(QStringLiteral("a\\b/c:d"))).isDir());
-    EXPECT_FALSE(QFileInfo::exists(box.filePath(QStringLiteral("a"))));
-
-    // A file in the way: no directory, and the file is untouched.
-    box.writeFile(QStringLiteral("datei"), "inhalt");
-    EXPECT_FALSE(files::createDirectoryChain(box.filePath(QStringLiteral("datei/unter"))));
-    EXPECT_EQ(valtrona::test::readAll(box.filePath(QStringLiteral("datei"))), QByteArray("inhalt"));
-
-    if (::geteuid() != 0) {  // root ignores directory permissions
-        const QString locked = box.filePath(QStringLiteral("locked"));
-        QDir().mkpath(locked);
-        ::chmod(QFile::encodeName(locked).constData(), 0555);
-        EXPECT_FALSE(files::createDirectoryChain(locked + QStringLiteral("/x/y")));
-        ::chmod(QFile::encodeName(locked).constData(), 0755);
-    }
-}
-
 TEST(FileServices, TextFilesAreReplacedWhole)
 {
     Sandbox box;
