@@ -240,14 +240,36 @@ QString homeTrashDirectory()
     return removeTrailingSeparator(dataHome) + QStringLiteral("/Trash");
 }
 
+namespace {
+
+// The item a path names (a link itself, not what it points to), without a
+// trailing separator.
+struct TrashCandidate
+{
+    QString path;
+    struct stat info {};
+};
+
+Expected<TrashCandidate, Error> candidateOf(const QString &path)
+{
+    TrashCandidate candidate;
+    candidate.path = removeTrailingSeparator(path);
+    if (candidate.path.isEmpty())
+        return unexpected(missing(QStringLiteral("empty path")));
+    if (!lstatPath(candidate.path, candidate.info))
+        return unexpected(missing(QStringLiteral("no such file: ") + candidate.path));
+    return candidate;
+}
+
+} // namespace
+
 Expected<TrashedItem, Error> moveToTrashAt(const QString &path, const TrashLocation &trash)
 {
-    const QString p = removeTrailingSeparator(path);
-    if (p.isEmpty())
-        return unexpected(missing(QStringLiteral("empty path")));
-    struct stat item {};
-    if (!lstatPath(p, item))
-        return unexpected(missing(QStringLiteral("no such file: ") + p));
+    const auto found = candidateOf(path);
+    if (!found)
+        return unexpected(found.error());
+    const QString &p = found->path;
+    const struct stat &item = found->info;
     const QString original = originalLocation(p);
     if (original.isEmpty() || original == u"/")
         return unexpected(refused(QStringLiteral("cannot trash: ") + p));
@@ -323,12 +345,11 @@ Expected<TrashedItem, Error> moveToTrashAt(const QString &path, const TrashLocat
 
 Expected<TrashedItem, Error> moveToTrash(const QString &path)
 {
-    const QString p = removeTrailingSeparator(path);
-    if (p.isEmpty())
-        return unexpected(missing(QStringLiteral("empty path")));
-    struct stat item {};
-    if (!lstatPath(p, item))
-        return unexpected(missing(QStringLiteral("no such file: ") + p));
+    const auto found = candidateOf(path);
+    if (!found)
+        return unexpected(found.error());
+    const QString &p = found->path;
+    const struct stat &item = found->info;
 
     const QString home = homeTrashDirectory();
     if (deviceOf(home) == item.st_dev)
