@@ -146,8 +146,13 @@ void SettingsDialog::saveIfChanged()
     const bool yes = m_dialogs->askYesNo(this, QStringLiteral("Speichern"),
                                          QStringLiteral("Wollen Sie Ihre Änderungen speichern ?"));
     if (yes && m_dirty == 1) {
+        bool saved = true;
         for (int i = 0; i < lineCount; ++i)
-            writeIniString(m_settingsPath, ini::sectionJpg, m_keys[i], m_lines[i]->text());
+            saved = writeIniString(m_settingsPath, ini::sectionJpg, m_keys[i], m_lines[i]->text()) && saved;
+        if (!saved) {
+            m_dialogs->information(this, QStringLiteral("Speichern"),
+                                   QStringLiteral("Die Einstellungen konnten nicht gespeichert werden !"));
+        }
     }
     m_dirty = 0;
 }

@@ -51,7 +51,7 @@ public:
     virtual ~ConversionImaging();
 
     /// Releases what the imaging library holds and starts it again; false when it failed.
-    virtual bool restart() = 0;
+    [[nodiscard]] virtual bool restart() = 0;
     /// Reads the header only; the size as shown when `upright` (a photo
     /// stored on its side turned as its EXIF data says), else as stored.
     [[nodiscard]] virtual Expected<SourceFacts, Error> inspect(const QString &path, bool upright) = 0;

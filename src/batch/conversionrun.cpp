@@ -548,7 +548,10 @@ void ConversionRun::Private::restartImaging()
 {
     // Other jobs on the pool (a window's previews) use the library too.
     m_pool.waitUntilIdle();
-    m_imaging.restart();
+    if (!m_imaging.restart()) {
+        // The library cannot start again only where it never started; each
+        // file after this then fails with its own row and reason.
+    }
     ++m_summary.restarts;
 }
 
