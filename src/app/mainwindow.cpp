@@ -350,8 +350,9 @@ bool MainWindow::validateCard(int n)
         m_env.dialogs->information(this, QStringLiteral("Abbruch"), refusal);
         return false;
     }
-    if (n == 2)
-        m_parameterCard->saveLastParameters(m_env.settingsPath);
+    if (n == 2 && !m_parameterCard->saveLastParameters(m_env.settingsPath)) {
+        // Parameters that cannot be kept for the next start never hold up a run.
+    }
     return true;
 }
 

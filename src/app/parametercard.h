@@ -36,7 +36,7 @@ public:
     /// Shows the last-used parameters of the settings file (section Last).
     void readLastParameters(const QString &settingsPath);
     /// Writes the inputs as the last-used parameters; true when every key was written.
-    bool saveLastParameters(const QString &settingsPath) const;
+    [[nodiscard]] bool saveLastParameters(const QString &settingsPath) const;
 
     /// The check of "Weiter >", in this order: a style is chosen, the
     /// format parameters suit it, a target folder is given. Returns the
