@@ -38,66 +38,6 @@ IdentityKey keyOf(const files::FileIdentity &identity)
     return {identity.device, identity.inode};
 }
 
-} // namespace
-
-namespace runtext {
-
-QString startRow(int count)
-{
-    return u"Bearbeite "_s + QString::number(count) + u" Bilder"_s;
-}
-
-QString pictureRow(const QString &path)
-{
-    return u"Bearbeite Bild : "_s + files::fileNamePart(path);
-}
-
-QString progressText(int index, int count)
-{
-    return QString::number(index) + u" von "_s + QString::number(count) + u"..."_s;
-}
-
-QString finished()
-{
-    return u"Bearbeitung abgeschlossen"_s;
-}
-
-QString stopped()
-{
-    return u"Bearbeitung abgebrochen"_s;
-}
-
-QString success()
-{
-    return u"Bild erfolgreich bearbeitet"_s;
-}
-
-QString failure()
-{
-    return u"Fehler beim Verarbeiten des Bildes"_s;
-}
-
-QString deleting()
-{
-    return u"Quelldatei wird gelöscht..."_s;
-}
-
-QString notDeletedSameFile()
-{
-    return u"Quelldatei ist zugleich die Zieldatei und wird nicht gelöscht"_s;
-}
-
-} // namespace runtext
-
-int runPercent(int index, int count)
-{
-    if (count <= 0)
-        return 0;
-    return toInt32Or(static_cast<double>(index) / count * 100.0, 0);
-}
-
-namespace {
-
 // Everything one file's work needs, gathered on the run's thread when the
 // file is handed to a worker.
 struct FileTask
@@ -376,7 +316,7 @@ FileOutcome ConversionRun::Private::convert(const FileTask &task, const std::ato
         outcome.failure = inspected ? Error {ErrorCode::SizeUnusable, {}} : inspected.error();
         return outcome;
     }
-    outcome.rows.append({u"Dateiname : "_s + files::fileNamePart(task.target), StatusKind::Info, task.target});
+    outcome.rows.append({runtext::targetName(task.target), StatusKind::Info, task.target});
     if (!inspected) {
         outcome.failure = inspected.error();
         return outcome;
@@ -384,9 +324,7 @@ FileOutcome ConversionRun::Private::convert(const FileTask &task, const std::ato
 
     const bool sameSize = target.width == facts.width && target.height == facts.height;
     if (sameSize) {
-        outcome.rows.append({u"Quelldatei hat bereits korrekte Größe ("_s + QString::number(facts.width) + u'x'
-                                 + QString::number(facts.height) + u')',
-                             StatusKind::Info, QString()});
+        outcome.rows.append({runtext::rightSize(facts.width, facts.height), StatusKind::Info, QString()});
     }
     const std::optional<ImageFormat> &format = task.format;
     // A file of the right size is copied byte for byte. A JPEG or PNG target

@@ -2,6 +2,7 @@
 
 #include "batch/conversionhost.h"
 #include "batch/conversionimaging.h"
+#include "batch/runtext.h"
 #include "batch/sizerules.h"
 
 #include <QDateTime>
@@ -103,21 +104,5 @@ private:
     class Private;
     std::unique_ptr<Private> d;
 };
-
-/// The row texts a run writes, for hosts and tests that look for them.
-namespace runtext {
-QString startRow(int count);              ///< "Bearbeite 3 Bilder"
-QString pictureRow(const QString &path);  ///< "Bearbeite Bild : a.jpg"
-QString progressText(int index, int count); ///< "3 von 30..."
-QString finished();                       ///< "Bearbeitung abgeschlossen"
-QString stopped();                        ///< "Bearbeitung abgebrochen"
-QString success();                        ///< "Bild erfolgreich bearbeitet"
-QString failure();                        ///< "Fehler beim Verarbeiten des Bildes"
-QString deleting();                       ///< "Quelldatei wird gelöscht..."
-QString notDeletedSameFile();             ///< the source is its own target and stays
-} // namespace runtext
-
-/// Percent of the run at file `index` of `count`, rounded half to even.
-int runPercent(int index, int count);
 
 } // namespace valtrona
