@@ -19,8 +19,9 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # The summary above is the first line of the Description field.
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
     "Valtrona shrinks hundreds of camera photos at once, for mail, the web or the
-archive: collect the images, choose a resize rule, JPEG or PNG and a target
-folder, and watch the run. Every output is written under a temporary name and
+archive: collect the images, choose a resize rule, JPEG, PNG, WebP or AVIF
+and a target folder, and watch the run. Photos come out upright, as their
+EXIF data says they are to be shown. Every output is written under a temporary name and
 renamed into place, so a stop never leaves a half-written image.
 
 The package holds the window program valtrona and the command line
