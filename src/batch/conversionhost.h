@@ -38,6 +38,8 @@ struct FileInputs
     QString heightText;
     int widthUnit = 0;  ///< 0 pixels, any other value percent
     int heightUnit = 0; ///< 0 pixels, any other value percent
+
+    bool operator==(const FileInputs &other) const = default;
 };
 
 /// What a conversion run needs from the program that drives it: the window,

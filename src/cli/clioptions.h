@@ -49,6 +49,8 @@ struct CliOptions
     std::optional<QString> settingsFile; ///< --settings FILE
     std::optional<int> jobs;           ///< --jobs N, as given (saturated to int; range checked later)
     QList<SourceArgument> sources;
+
+    bool operator==(const CliOptions &other) const = default;
 };
 
 /// Parses the arguments (without the program name). "--name value" and

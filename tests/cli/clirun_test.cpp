@@ -132,19 +132,14 @@ TEST_F(CliRunTest, DefaultsComeFromTheSettingsFileWhichStaysUntouched)
 // the first file needs them: with several jobs, two workers ask at once.
 TEST_F(CliRunTest, FourJobsGiveTheSameRowsAndFilesAsOne)
 {
-    QStringList sources;
+    const QString bmp = box.filePath(u"photo.bmp"_s);
+    ASSERT_TRUE(test::runTool(u"vips"_s, {u"magicksave"_s, test::dataPath(u"run/photo.jpg"_s), bmp}));
     const QStringList kinds {u"photo.jpg"_s, u"small.jpg"_s, u"alpha.png"_s, u"notimage.jpg"_s, u"photo.bmp"_s};
-    QDir().mkpath(box.filePath(u"src"_s));
-    ASSERT_EQ(QProcess::execute(u"vips"_s, {u"magicksave"_s, test::dataPath(u"run/photo.jpg"_s),
-                                            box.filePath(u"photo.bmp"_s)}),
-              0);
+    QStringList sources;
     for (int i = 1; i <= 20; ++i) {
         const QString kind = kinds.at(i % kinds.size());
-        const QString name = QString::number(i).rightJustified(2, u'0') + u'_' + kind;
-        if (kind.endsWith(u".bmp"_s)) {
-            ASSERT_TRUE(QFile::copy(box.filePath(u"photo.bmp"_s), box.filePath(u"src/"_s + name)));
-        }
-        sources.append(kind.endsWith(u".bmp"_s) ? box.filePath(u"src/"_s + name) : source(kind, name));
+        const QString from = kind == u"photo.bmp"_s ? bmp : test::dataPath(u"run/"_s + kind);
+        sources.append(box.writeFile(u"src/%1_%2"_s.arg(i, 2, 10, QChar(u'0')).arg(kind), test::readAll(from)));
     }
     const QStringList options {u"--style"_s, u"3"_s, u"--width"_s, u"120"_s, u"--exif"_s};
 
@@ -169,47 +164,18 @@ TEST_F(CliRunTest, APhotoStoredOnItsSideIsSizedAndWrittenAsShown)
 {
     const QString photo = box.filePath(u"src/phone.jpg"_s);
     QDir().mkpath(box.filePath(u"src"_s));
-    ASSERT_EQ(QProcess::execute(u"vips"_s, {u"black"_s, photo + u"[strip]"_s, u"40"_s, u"30"_s, u"--bands"_s, u"3"_s}),
-              0);
-    ASSERT_EQ(QProcess::execute(u"exiftool"_s, {u"-q"_s, u"-overwrite_original"_s, u"-n"_s, u"-Orientation=6"_s, photo}),
-              0);
-    const struct
-    {
-        const char *orientationKey; ///< in [JPG]; nullptr: none
-        QStringList options;
-        QSize size;
-    } cases[] = {
-        {nullptr, {u"--style"_s, u"3"_s, u"--width"_s, u"20"_s}, QSize(15, 20)},
-        {"1", {u"--style"_s, u"4"_s, u"--width"_s, u"60"_s, u"--height"_s, u"20"_s}, QSize(15, 20)},
-        {"0", {u"--style"_s, u"3"_s, u"--width"_s, u"20"_s}, QSize(20, 15)},
-    };
-    for (const auto &c : cases) {
-        box.writeFile(u"valtrona.ini"_s, c.orientationKey ? "[JPG]\r\nORI=" + QByteArray(c.orientationKey) + "\r\n"
-                                                          : QByteArray());
-        const CliResult result = runCli(c.options + QStringList {u"--format"_s, u"webp"_s, u"--out"_s, u"out"_s, photo});
+    ASSERT_TRUE(test::runTool(u"vips"_s, {u"black"_s, photo + u"[strip]"_s, u"40"_s, u"30"_s, u"--bands"_s, u"3"_s}));
+    ASSERT_TRUE(test::runTool(u"exiftool"_s, {u"-q"_s, u"-overwrite_original"_s, u"-n"_s, u"-Orientation=6"_s, photo}));
+    for (const auto &[ini, size] : {std::pair(QByteArray(), QSize(15, 20)),
+                                    std::pair(QByteArray("[JPG]\r\nORI=0\r\n"), QSize(20, 15))}) {
+        box.writeFile(u"valtrona.ini"_s, ini);
+        const CliResult result = runCli({u"--style"_s, u"3"_s, u"--width"_s, u"20"_s, u"--format"_s, u"webp"_s,
+                                         u"--out"_s, u"out"_s, photo});
         EXPECT_EQ(result.exitCode, 0) << result.out.toStdString();
-        const QString size = QString::number(c.size.width()) + u'x' + QString::number(c.size.height());
-        EXPECT_TRUE(result.out.contains(u"INF\tBildgröße : "_s + size + u'\n')) << result.out.toStdString();
-        EXPECT_EQ(imaging::measure(box.filePath(u"out/phone.webp"_s)).value_or({}), c.size)
-            << c.options.join(u' ').toStdString();
+        const QString text = u"INF\tBildgröße : %1x%2\n"_s.arg(size.width()).arg(size.height());
+        EXPECT_TRUE(result.out.contains(text)) << result.out.toStdString();
+        EXPECT_EQ(imaging::measure(box.filePath(u"out/phone.webp"_s)).value_or({}), size) << ini.constData();
     }
-}
-
-// Large sources, so that a conversion takes long enough to be interrupted.
-QStringList largeSources(const Sandbox &box, int count)
-{
-    const QString first = box.filePath(u"src/big1.jpg"_s);
-    QDir().mkpath(box.filePath(u"src"_s));
-    EXPECT_EQ(QProcess::execute(u"vips"_s, {u"resize"_s, test::dataPath(u"run/photo.jpg"_s), first + u"[Q=90]"_s,
-                                             u"12.5"_s}),
-              0);
-    QStringList sources {first};
-    for (int i = 2; i <= count; ++i) {
-        const QString name = box.filePath(u"src/big"_s + QString::number(i) + u".jpg"_s);
-        QFile::copy(first, name);
-        sources.append(name);
-    }
-    return sources;
 }
 
 // Reads rows until the first "PIC" row, then sends each signal.
@@ -229,13 +195,6 @@ void signalAfterFirstPicture(QProcess &process, const QList<int> &signalNumbers)
     }
 }
 
-enum class Sources {
-    None,
-    Photo,           // one photo, named twice: converted once
-    MissingAndPhoto, // "src/fehlt.jpg" (not there) and a photo
-    Large,           // six large photos
-};
-
 enum class Written {
     All,    // every source that exists
     None,
@@ -246,7 +205,7 @@ enum class Written {
 struct EndingCase
 {
     const char *name;
-    Sources sources;
+    QStringList sources;
     QStringList options;
     const char *shell;           // nullptr: the program is started directly
     QList<int> signalNumbers;    // sent once the first "PIC" row appeared
@@ -265,68 +224,59 @@ TEST_F(CliRunTest, EachEndingHasItsExitCode)
     // About half a second per file.
     const QStringList slow {u"--style"_s, u"0"_s, u"--width"_s, u"3000"_s, u"--height"_s, u"2000"_s,
                             u"--format"_s, u"png"_s, u"--jobs"_s, u"1"_s};
+    // One photo named twice is converted once; six large photos take long
+    // enough to be interrupted.
+    const QStringList photo {source(u"photo.jpg"_s), source(u"photo.jpg"_s)};
+    QStringList large {box.filePath(u"src/big1.jpg"_s)};
+    EXPECT_TRUE(test::runTool(u"vips"_s, {u"resize"_s, test::dataPath(u"run/photo.jpg"_s), large.first() + u"[Q=90]"_s,
+                                          u"12.5"_s}));
+    for (int i = 2; i <= 6; ++i)
+        large.append(box.writeFile(u"src/big%1.jpg"_s.arg(i), test::readAll(large.first())));
     const QString mostJobs = QString::number(2 * std::max(1, QThread::idealThreadCount()));
     const QString stopped = u"INF\tBearbeitung abgebrochen"_s;
     const QString finished = u"INF\tBearbeitung abgeschlossen"_s;
     const QList<EndingCase> cases {
-        {"converted", Sources::Photo, small, nullptr, {}, 0, {}, finished, Written::All},
-        {"file failed", Sources::MissingAndPhoto, small, nullptr, {}, 1,
+        {"converted", photo, small, nullptr, {}, 0, {}, finished, Written::All},
+        {"file failed", QStringList {u"src/fehlt.jpg"_s} + photo, small, nullptr, {}, 1,
          u"src/fehlt.jpg: Quelldatei nicht gefunden\n"_s, finished, Written::All},
-        {"option refused", Sources::Photo, small + QStringList {u"--width-unit"_s, u"cm"_s}, nullptr, {}, 2,
+        {"option refused", photo, small + QStringList {u"--width-unit"_s, u"cm"_s}, nullptr, {}, 2,
          u"valtrona-cli: --width-unit: ungültiger Wert „cm“ (erlaubt: px, %)\nHilfe mit: valtrona-cli --help\n"_s,
          u""_s, Written::None},
-        {"folder refused", Sources::Photo, small + QStringList {u"--dir"_s, u"fehlt"_s}, nullptr, {}, 2,
+        {"folder refused", photo, small + QStringList {u"--dir"_s, u"fehlt"_s}, nullptr, {}, 2,
          u"Das Verzeichnis „fehlt“ wurde nicht gefunden !\n"_s, u""_s, Written::None},
-        {"check refused", Sources::None, small, nullptr, {}, 2, u"Sie haben keine Quelldateien gewählt !\n"_s,
-         u""_s, Written::None},
-        {"jobs clamped", Sources::Photo, small + QStringList {u"--jobs"_s, u"2147483648"_s}, nullptr, {}, 0,
+        {"check refused", {}, small, nullptr, {}, 2, u"Sie haben keine Quelldateien gewählt !\n"_s, u""_s,
+         Written::None},
+        {"jobs clamped", photo, small + QStringList {u"--jobs"_s, u"2147483648"_s}, nullptr, {}, 0,
          u"valtrona-cli: --jobs liegt außerhalb von 1 bis "_s + mostJobs + u", verwendet wird "_s + mostJobs + u'\n',
          finished, Written::All},
-        {"reader gone", Sources::Large, slow, R"("$0" "$@" | head -n 1; exit "${PIPESTATUS[0]}")", {}, 3,
+        {"reader gone", large, slow, R"("$0" "$@" | head -n 1; exit "${PIPESTATUS[0]}")", {}, 3,
          u"valtrona-cli: Standardausgabe geschlossen, Bearbeitung abgebrochen\n"_s, std::nullopt, Written::Prefix},
-        {"size limit", Sources::Large, slow, R"(ulimit -f 100; exec "$0" "$@")", {}, 3,
+        {"size limit", large, slow, R"(ulimit -f 100; exec "$0" "$@")", {}, 3,
          u"src/big1.jpg: Dateigrößengrenze erreicht\n"
          u"valtrona-cli: Dateigrößengrenze erreicht (ulimit -f), Bearbeitung abgebrochen\n"_s,
          stopped, Written::None},
-        {"output closed", Sources::Photo, small, R"(exec "$0" "$@" >&-)", {}, 3,
+        {"output closed", photo, small, R"(exec "$0" "$@" >&-)", {}, 3,
          u"valtrona-cli: Standardausgabe geschlossen\n"_s, std::nullopt, Written::None},
-        {"SIGINT", Sources::Large, slow, nullptr, {SIGINT}, 130, {}, stopped, Written::Prefix},
-        {"SIGTERM", Sources::Large, slow, nullptr, {SIGTERM}, 143, {}, stopped, Written::Prefix},
+        {"SIGINT", large, slow, nullptr, {SIGINT}, 130, {}, stopped, Written::Prefix},
+        {"SIGTERM", large, slow, nullptr, {SIGTERM}, 143, {}, stopped, Written::Prefix},
         // Ends in the middle of a file: no stop row, no partial file.
-        {"SIGINT twice", Sources::Large, slow + QStringList {u"--jobs"_s, u"2"_s}, nullptr, {SIGINT, SIGINT},
+        {"SIGINT twice", large, slow + QStringList {u"--jobs"_s, u"2"_s}, nullptr, {SIGINT, SIGINT},
          130, {}, std::nullopt, Written::Subset},
     };
 
-    QStringList large;
     for (const EndingCase &c : cases) {
         SCOPED_TRACE(c.name);
-        QStringList sources;
-        switch (c.sources) {
-        case Sources::None:
-            break;
-        case Sources::Photo:
-            sources = QStringList {source(u"photo.jpg"_s), source(u"photo.jpg"_s)};
-            break;
-        case Sources::MissingAndPhoto:
-            sources = QStringList {u"src/fehlt.jpg"_s, source(u"photo.jpg"_s)};
-            break;
-        case Sources::Large:
-            if (large.isEmpty())
-                large = largeSources(box, 6);
-            sources = large;
-            break;
-        }
         const QString out = u"out-"_s + QString::fromUtf8(c.name).replace(u' ', u'-');
         const QString suffix = c.options.contains(u"png"_s) ? u".png"_s : u".jpg"_s;
         QStringList targets; // names the sources that exist convert to, in list order
-        for (const QString &path : sources) {
+        for (const QString &path : c.sources) {
             const QFileInfo info(box.path(), path);
             if (info.exists() && !targets.contains(info.completeBaseName() + suffix))
                 targets.append(info.completeBaseName() + suffix);
         }
 
         QProcess process;
-        startCli(process, c.options + QStringList {u"--out"_s, out} + sources, c.shell);
+        startCli(process, c.options + QStringList {u"--out"_s, out} + c.sources, c.shell);
         process.closeWriteChannel();
         if (!c.signalNumbers.isEmpty())
             signalAfterFirstPicture(process, c.signalNumbers);
@@ -357,8 +307,7 @@ TEST_F(CliRunTest, EachEndingHasItsExitCode)
             break;
         case Written::Prefix:
             EXPECT_GE(written.size(), 1);
-            EXPECT_LT(written.size(), targets.size());
-            EXPECT_EQ(written, targets.mid(0, written.size()));
+            EXPECT_EQ(written, targets.mid(0, std::min(written.size(), targets.size() - 1)));
             break;
         case Written::Subset:
             EXPECT_LT(written.size(), targets.size());

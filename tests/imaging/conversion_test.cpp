@@ -139,14 +139,16 @@ TEST_F(ConversionTest, FailuresCarryTheirCode)
         ASSERT_FALSE(drawn.has_value()) << c.name;
         EXPECT_EQ(int(drawn.error().code), int(c.code)) << c.name << ": " << qPrintable(drawn.error().detail);
 
-        // Measuring reads the header as inspecting does.
+        // Measuring and previews open a source as inspecting does.
         const auto inspected = imaging::inspect(c.source);
         const auto measured = imaging::measure(c.source);
         EXPECT_EQ(inspected.has_value(), !c.inspectCode.has_value()) << c.name;
         EXPECT_EQ(measured.has_value(), !c.inspectCode.has_value()) << c.name;
         if (c.inspectCode && !inspected && !measured) {
-            EXPECT_EQ(int(inspected.error().code), int(*c.inspectCode)) << c.name;
-            EXPECT_EQ(int(measured.error().code), int(*c.inspectCode)) << c.name;
+            const auto preview = imaging::loadPreview(c.source, 100, 100);
+            ASSERT_FALSE(preview.has_value()) << c.name;
+            for (const Error &error : {inspected.error(), measured.error(), preview.error()})
+                EXPECT_EQ(int(error.code), int(*c.inspectCode)) << c.name;
         }
     }
 }

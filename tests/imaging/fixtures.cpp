@@ -4,7 +4,6 @@
 #include "imaging/imaging.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -49,18 +48,6 @@ void writePnm(const QString &path, const PixelBuffer &image)
     file.write(magic + '\n' + QByteArray::number(image.width) + ' ' + QByteArray::number(image.height)
                + "\n255\n");
     file.write(image.bytes);
-}
-
-bool runTool(const QString &program, const QStringList &arguments, QByteArray *output)
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::SeparateChannels);
-    process.start(program, arguments);
-    if (!process.waitForFinished(60000))
-        return false;
-    if (output)
-        *output = process.readAllStandardOutput();
-    return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
 QString writeWithVips(const QString &path, const PixelBuffer &image, const QString &saveOptions)

@@ -10,6 +10,7 @@
 #include "imaging/conversion.h"
 #include "imaging/preview.h"
 #include "support/imagecompare.h"
+#include "support/testsupport.h"
 
 #include <QByteArray>
 #include <QString>
@@ -26,9 +27,6 @@ PixelBuffer solidImage(int width, int height, int red, int green, int blue);
 
 /// Writes 1 (grey) or 3 (RGB) channel pixels as a binary PGM/PPM file.
 void writePnm(const QString &path, const PixelBuffer &image);
-
-/// Runs a program; true when it exits with 0. Output goes to *output.
-bool runTool(const QString &program, const QStringList &arguments, QByteArray *output = nullptr);
 
 /// Writes image to path through a PPM and `vips copy` (the suffix and
 /// "[options]" on path choose the format), returns path.

@@ -63,6 +63,9 @@ private:
 /// Reads a whole file; an empty array when it cannot be read.
 QByteArray readAll(const QString &path);
 
+/// Runs a program; true when it exits with 0. Output goes to *output.
+bool runTool(const QString &program, const QStringList &arguments, QByteArray *output = nullptr);
+
 /// Every file below a directory, hidden ones included, as sorted paths
 /// relative to it.
 QStringList filesBelow(const QString &root);
