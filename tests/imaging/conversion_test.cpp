@@ -57,16 +57,6 @@ protected:
     Sandbox m_sandbox;
 };
 
-imaging::DrawRequest request(const QString &source, int width, int height, Format format = Format::Png)
-{
-    imaging::DrawRequest r;
-    r.source = source;
-    r.width = width;
-    r.height = height;
-    r.format = format;
-    return r;
-}
-
 // The scan of a JPEG with `bytes` put over it at `at` (0..1 of the scan).
 QByteArray damagedScan(QByteArray jpeg, double at, const QByteArray &bytes)
 {
@@ -129,7 +119,7 @@ TEST_F(ConversionTest, FailuresCarryTheirCode)
     for (const auto &c : cases) {
         if (c.source == unreadable && ::geteuid() == 0)
             continue; // root reads everything
-        imaging::DrawRequest r = request(c.source, c.width, 225, c.format);
+        imaging::DrawRequest r = drawRequest(c.source, c.width, 225, c.format);
         r.cancel = c.cancel ? &cancelled : nullptr;
         std::optional<FileSizeLimit> limit;
         if (c.fullDisk)
@@ -195,7 +185,7 @@ TEST_F(ConversionTest, EachModeDrawsWithItsKernel)
     };
     std::map<char, QByteArray> kernelFiles;
     for (const auto &c : cases) {
-        imaging::DrawRequest r = request(smooth, 200, 90);
+        imaging::DrawRequest r = drawRequest(smooth, 200, 90);
         r.modes.interpolation = c.code;
         r.modes.compositingQuality = c.compositing;
         const auto bytes = draw(r);
@@ -247,7 +237,7 @@ TEST_F(ConversionTest, QualityIsClampedAndTransparencyFlattened)
     ASSERT_TRUE(runTool(u"vips"_s, {u"bandjoin"_s, ppm + u" "_s + pgm, source}));
 
     auto jpeg = [&](int quality) {
-        imaging::DrawRequest r = request(source, 10, 10, Format::Jpeg);
+        imaging::DrawRequest r = drawRequest(source, 10, 10, Format::Jpeg);
         r.quality = quality;
         return draw(r).value_or({});
     };
@@ -259,7 +249,7 @@ TEST_F(ConversionTest, QualityIsClampedAndTransparencyFlattened)
     EXPECT_LT(jpeg(0).size(), jpeg(50).size());
     EXPECT_LT(jpeg(50).size(), q100.size());
 
-    imaging::DrawRequest r = request(source, 10, 10, Format::Jpeg);
+    imaging::DrawRequest r = drawRequest(source, 10, 10, Format::Jpeg);
     r.quality = 95;
     const PixelBuffer flat = drawnPixels(r);
     auto at = [](const PixelBuffer &image, int x, int y, int c) {
@@ -271,7 +261,7 @@ TEST_F(ConversionTest, QualityIsClampedAndTransparencyFlattened)
     EXPECT_GE(at(flat, 5, 8, 0), 245); // clear turns white, not black
     EXPECT_GE(at(flat, 5, 8, 1), 245);
 
-    const PixelBuffer kept = drawnPixels(request(source, 10, 10));
+    const PixelBuffer kept = drawnPixels(drawRequest(source, 10, 10));
     ASSERT_EQ(kept.width, 10);
     EXPECT_EQ(at(kept, 5, 1, 3), 255);
     EXPECT_EQ(at(kept, 5, 8, 3), 0);
@@ -315,7 +305,7 @@ TEST_F(ConversionTest, ExifIsCarriedOnlyWhenAskedAndItsColourSegmentsLeftOut)
     };
     for (const auto &c : cases) {
         const QString name = QFileInfo(c.source).fileName();
-        imaging::DrawRequest r = request(c.source, 160, 120, c.format);
+        imaging::DrawRequest r = drawRequest(c.source, 160, 120, c.format);
         const auto plain = draw(r);
         ASSERT_TRUE(plain.has_value()) << qPrintable(name);
         for (const char *metadata : {"Exif", "ICC_PROFILE", "Testkamera", "iCCP", "eXIf", "tEXt", "iTXt"})
@@ -344,7 +334,7 @@ TEST_F(ConversionTest, ExifIsCarriedOnlyWhenAskedAndItsColourSegmentsLeftOut)
     // included, before its name is taken over.
     const QString self = m_sandbox.filePath(u"out/self.jpg"_s);
     ASSERT_TRUE(QFile::copy(profiled, self));
-    imaging::DrawRequest r = request(self, 160, 120, Format::Jpeg);
+    imaging::DrawRequest r = drawRequest(self, 160, 120, Format::Jpeg);
     r.carryExif = true;
     const auto expected = draw(r);
     ASSERT_TRUE(expected.has_value());

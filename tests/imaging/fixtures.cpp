@@ -146,6 +146,16 @@ PixelBuffer decoded(const QString &path)
     return image ? pixelsOf(*image) : PixelBuffer {};
 }
 
+imaging::DrawRequest drawRequest(const QString &source, int width, int height, imaging::OutputFormat format)
+{
+    imaging::DrawRequest request;
+    request.source = source;
+    request.width = width;
+    request.height = height;
+    request.format = format;
+    return request;
+}
+
 Expected<QString, Error> drawToFile(const imaging::DrawRequest &request, const QString &folder, const QString &name)
 {
     auto target = files::TargetFolder::open(folder);

@@ -43,6 +43,10 @@ PixelBuffer pixelsOf(const imaging::RgbaImage &image);
 /// RGBA; an empty buffer when it cannot be read.
 PixelBuffer decoded(const QString &path);
 
+/// A drawing of `source` at width x height into `format`, in the default modes.
+imaging::DrawRequest drawRequest(const QString &source, int width, int height,
+                                 imaging::OutputFormat format = imaging::OutputFormat::Png);
+
 /// Draws into the file `name` of `folder` (created when missing): its path.
 Expected<QString, Error> drawToFile(const imaging::DrawRequest &request, const QString &folder,
                                     const QString &name);

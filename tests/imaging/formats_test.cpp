@@ -63,11 +63,7 @@ TEST(InputFormats, EachIsMeasuredAndDrawnIntoEveryOutputFormat)
 
         for (const OutputFormat &out : kOutputs) {
             const QString name = suffix + QString::fromLatin1(out.suffix);
-            imaging::DrawRequest request;
-            request.source = path;
-            request.width = 48;
-            request.height = 32;
-            request.format = out.format;
+            imaging::DrawRequest request = drawRequest(path, 48, 32, out.format);
             request.quality = 95;
             auto pending = folder->createPending();
             ASSERT_TRUE(pending.has_value());
@@ -135,11 +131,7 @@ TEST(ColourEncodings, ComeOutAsEightBitSrgb)
         {greyPgm, grey, 1, 0.1},
     };
     for (const auto &c : cases) {
-        imaging::DrawRequest request;
-        request.source = c.source;
-        request.width = 8;
-        request.height = 4;
-        request.format = imaging::OutputFormat::Png;
+        imaging::DrawRequest request = drawRequest(c.source, 8, 4);
         request.modes.interpolation = 5;
         const auto drawn = drawToFile(request, sandbox.filePath(u"out"_s), QFileInfo(c.source).fileName() + u".png"_s);
         ASSERT_TRUE(drawn.has_value()) << qPrintable(c.source);

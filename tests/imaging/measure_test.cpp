@@ -75,13 +75,11 @@ TEST_F(MeasureTest, RefusesImplausibleSizes)
 // stopped, the calls that need it say so.
 TEST_F(MeasureTest, StopAndRestartLeaveTheLayerWorking)
 {
-    imaging::DrawRequest request;
-    request.source = writeWithVips(m_sandbox.filePath(u"a.png"_s), gradientImage(64, 48));
-    request.width = 32;
-    request.height = 24;
+    const QString source = writeWithVips(m_sandbox.filePath(u"a.png"_s), gradientImage(64, 48));
+    const imaging::DrawRequest request = drawRequest(source, 32, 24, imaging::OutputFormat::Jpeg);
     for (int round = 0; round < 20; ++round) {
         imaging::restart();
-        ASSERT_EQ(imaging::measure(request.source).value_or({}), QSize(64, 48)) << "round " << round;
+        ASSERT_EQ(imaging::measure(source).value_or({}), QSize(64, 48)) << "round " << round;
         if (round % 5 == 0) {
             ASSERT_TRUE(drawToFile(request, m_sandbox.path(), u"out.jpg"_s).has_value()) << "round " << round;
         }
@@ -90,19 +88,19 @@ TEST_F(MeasureTest, StopAndRestartLeaveTheLayerWorking)
     imaging::stop();
     imaging::stop(); // stopping twice is harmless
     EXPECT_FALSE(imaging::isStarted());
-    const auto measured = imaging::measure(request.source);
-    const auto inspected = imaging::inspect(request.source);
+    const auto measured = imaging::measure(source);
+    const auto inspected = imaging::inspect(source);
     const auto drawn = drawToFile(request, m_sandbox.path(), u"stopped.jpg"_s);
     ASSERT_FALSE(measured.has_value() || inspected.has_value() || drawn.has_value());
     for (const Error &error : {measured.error(), inspected.error(), drawn.error()})
         EXPECT_EQ(int(error.code), int(ErrorCode::Internal)) << qPrintable(error.detail);
     EXPECT_FALSE(QFile::exists(m_sandbox.filePath(u"stopped.jpg"_s)));
     // Previews need the library only.
-    EXPECT_TRUE(imaging::loadPreview(request.source, 8, 8).has_value());
+    EXPECT_TRUE(imaging::loadPreview(source, 8, 8).has_value());
 
     ASSERT_TRUE(imaging::start());
     ASSERT_TRUE(imaging::start()); // starting twice too
-    EXPECT_EQ(imaging::measure(request.source).value_or({}), QSize(64, 48));
+    EXPECT_EQ(imaging::measure(source).value_or({}), QSize(64, 48));
 }
 
 } // namespace
