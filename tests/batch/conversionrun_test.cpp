@@ -178,6 +178,7 @@ struct Outcome
     QStringList failures;
     QStringList tree;
     QStringList events;
+    qint64 peakMemory = 0; ///< of the drawings at once
 };
 
 // A scenario writes its files into a fresh sandbox and says how to run.
@@ -187,7 +188,9 @@ struct Scenario
     std::function<RunParameters(const Sandbox &box, RecordingHost &host)> setUp;
 };
 
-Outcome runScenario(const Scenario &scenario, int jobs, qint64 budget = defaultMemoryBudget)
+// `look` sees the sandbox as the run left it.
+Outcome runScenario(const Scenario &scenario, int jobs, qint64 budget = defaultMemoryBudget,
+                    const std::function<void(const Sandbox &)> &look = {})
 {
     Sandbox box;
     const test::ScopedEnvironment trash("XDG_DATA_HOME", box.filePath(u"trash"_s));
@@ -203,6 +206,9 @@ Outcome runScenario(const Scenario &scenario, int jobs, qint64 budget = defaultM
     outcome.failures = host.failures;
     outcome.tree = treeOf(box.path());
     outcome.events = host.events;
+    outcome.peakMemory = imaging.peak;
+    if (look)
+        look(box);
     EXPECT_EQ(host.ended, 1) << scenario.name;
     return outcome;
 }
@@ -387,47 +393,39 @@ TEST(ConversionRun, DrawingsWaitForMemoryAndTheTooLargeFail)
     const Scenario heavy {"heavy", [](const Sandbox &box, RecordingHost &) {
                               QStringList sources;
                               for (int i = 1; i <= 12; ++i)
-                                  sources.append(box.writeFile(u"h"_s + QString::number(i) + u".jpg"_s,
-                                                               image(640, 480, 60).toUtf8()));
+                                  sources.append(box.writeFile(u"h%1.jpg"_s.arg(i), image(640, 480, 60).toUtf8()));
                               sources.append(box.writeFile(u"giant.jpg"_s, image(640, 480, 101).toUtf8()));
                               return fitInto(sources, box.filePath(u"out"_s));
                           }};
-    Sandbox box;
-    RecordingHost host;
-    FakeImaging imaging;
-    WorkerPool pool(6);
-    ConversionRun run(host, imaging, pool, [] { return DrawingSettings(); });
-    run.setMemoryBudget(100);
-    const RunSummary summary = run.run(heavy.setUp(box, host));
-
-    EXPECT_EQ(summary.written, 12);
-    EXPECT_LE(imaging.peak.load(), 100) << "two drawings of 60 never run at once";
-    EXPECT_EQ(host.failures, QStringList {u"giant.jpg: Bild zu groß für den verfügbaren Arbeitsspeicher"_s});
+    const Outcome o = runScenario(heavy, 6, 100);
+    EXPECT_EQ(o.summary.written, 12);
+    EXPECT_LE(o.peakMemory, 100) << "two drawings of 60 never run at once";
+    EXPECT_EQ(o.failures, QStringList {u"giant.jpg: Bild zu groß für den verfügbaren Arbeitsspeicher"_s});
 }
 
+// The host hears each step of a file in the order a person sees them, and
+// each file is drawn with the details the run was given.
 TEST(ConversionRun, HostSeesEachStepInOrderAndTheDetailsItAsked)
 {
-    Sandbox box;
-    const test::ScopedEnvironment trash("XDG_DATA_HOME", box.filePath(u"trash"_s));
-    RecordingHost host;
-    QStringList sources;
-    for (const QString &name : {u"a.jpg"_s, u"b.jpg"_s, u"c.jpg"_s})
-        sources.append(box.writeFile(u"src/"_s + name, image(640, 480).toUtf8()));
     const QDateTime stamp(QDate(2003, 4, 5), QTime(6, 7, 8), Qt::UTC);
-    QFile first(sources.first());
-    ASSERT_TRUE(first.open(QIODevice::ReadWrite));
-    ASSERT_TRUE(first.setFileTime(stamp, QFileDevice::FileModificationTime));
-    first.close();
-    RunParameters p = fitInto(sources, box.filePath(u"out"_s));
-    p.keepDate = true;
-    p.copyExif = true;
-    p.format = ImageFormat::Png;
-    FakeImaging imaging(&host.events);
-    WorkerPool pool(2);
-    ConversionRun(host, imaging, pool, [] { return DrawingSettings(); }).run(p);
-
+    const Scenario details {"details", [&stamp](const Sandbox &box, RecordingHost &) {
+                                QStringList sources;
+                                for (const QString &name : {u"a.jpg"_s, u"b.jpg"_s, u"c.jpg"_s})
+                                    sources.append(box.writeFile(u"src/"_s + name, image(640, 480).toUtf8()));
+                                QFile first(sources.first());
+                                EXPECT_TRUE(first.open(QIODevice::ReadWrite)
+                                            && first.setFileTime(stamp, QFileDevice::FileModificationTime));
+                                RunParameters p = fitInto(sources, box.filePath(u"out"_s));
+                                p.keepDate = true;
+                                p.copyExif = true;
+                                p.format = ImageFormat::Png;
+                                return p;
+                            }};
+    const Outcome o = runScenario(details, 2, defaultMemoryBudget, [&stamp](const Sandbox &box) {
+        EXPECT_EQ(QFileInfo(box.filePath(u"out/a.png"_s)).lastModified().toUTC(), stamp);
+    });
     QStringList flow;
-    for (const QString &event : std::as_const(host.events)) {
+    for (const QString &event : o.events) {
         if (!event.startsWith(u"row INF\tBild"_s) && !event.startsWith(u"row INF\tDatei"_s))
             flow.append(event);
     }
@@ -441,8 +439,8 @@ TEST(ConversionRun, HostSeesEachStepInOrderAndTheDetailsItAsked)
     }
     expected += {u"row INF\tBearbeitung abgeschlossen"_s, u"restart"_s, u"preview "_s};
     EXPECT_EQ(flow, expected);
-    EXPECT_EQ(test::readAll(box.filePath(u"out/a.png"_s)), "drawn a.jpg 160x120 png exif\n");
-    EXPECT_EQ(QFileInfo(box.filePath(u"out/a.png"_s)).lastModified().toUTC(), stamp);
+    EXPECT_TRUE(o.tree.contains(u"out/a.png = drawn a.jpg 160x120 png exif"_s));
+    EXPECT_EQ(o.summary.written, 3);
 }
 
 // A right-size JPEG or PNG target takes the source's bytes whatever they
