@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
-# Makes seven sample photos in a folder: six landscapes (a sky gradient over
-# a textured ground, a sun) of 1600x1200 and one portrait of 1200x1600.
+# Makes eight sample photos in a folder: six landscapes (a sky gradient over
+# a textured ground, a sun) of 1600x1200, one portrait of 1200x1600, and a
+# phone photo of a tree, 1200x1600 as shown but stored on its side
+# (1600x1200) with EXIF orientation 6, as phones held upright store them.
 # Usage: scripts/make-photos.sh FOLDER
-# Needs ImageMagick (scripts/install-deps.sh).
+# Needs ImageMagick and exiftool (scripts/install-deps.sh).
 set -euo pipefail
 photos="${1:?usage: make-photos.sh FOLDER}"
 mkdir -p "$photos"
@@ -19,3 +21,11 @@ for number in 4711 4712 4715 4723 4730 4731; do
 done
 convert -size 1200x1600 gradient:'#1d3b6e-#f3c98b' -fill '#fff3c4' \
     -draw 'circle 600,900 600,990' -quality 90 "$photos/IMG_4740.jpg"
+# Drawn upright, then turned a quarter to the left as the camera stores it;
+# orientation 6 says to turn it a quarter to the right to show it.
+convert -size 1200x1600 gradient:'#6fa8e0-#e8f2fb' \
+    -fill '#3d6b2a' -draw 'rectangle 0,1300 1199,1599' \
+    -fill '#5a3a1a' -draw 'rectangle 560,820 640,1320' \
+    -fill '#2f7a2f' -draw 'circle 600,700 600,960' \
+    -rotate -90 -quality 90 "$photos/IMG_4750.jpg"
+exiftool -q -overwrite_original -n -Orientation=6 -Make=Telefon "$photos/IMG_4750.jpg"

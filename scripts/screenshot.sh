@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Takes a screenshot of the window program with a few photos loaded: starts
-# a virtual X server with a window manager, makes seven landscape photos,
+# a virtual X server with a window manager, makes the sample photos,
 # loads their folder through "Verzeichnis laden", selects one row so the
 # preview shows, and saves the window with its frame as a PNG.
 # Usage: scripts/screenshot.sh [program] [output.png]
