@@ -28,4 +28,4 @@ convert -size 1200x1600 gradient:'#6fa8e0-#e8f2fb' \
     -fill '#5a3a1a' -draw 'rectangle 560,820 640,1320' \
     -fill '#2f7a2f' -draw 'circle 600,700 600,960' \
     -rotate -90 -quality 90 "$photos/IMG_4750.jpg"
-exiftool -q -overwrite_original -n -Orientation=6 -Make=Telefon "$photos/IMG_4750.jpg"
+exiftool -q -overwrite_original -n -JFIF:all= -Orientation=6 -Make=Telefon "$photos/IMG_4750.jpg"
