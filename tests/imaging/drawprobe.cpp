@@ -4,9 +4,8 @@
 // conversion test (one drawing per process, so peaks do not mix) and by
 // hand for larger files:
 //
-//   imaging_drawprobe SOURCE WIDTH HEIGHT jpeg|png|webp|avif [WARM-UP SOURCE [INT CMP]]
+//   imaging_drawprobe SOURCE WIDTH HEIGHT jpeg|png|webp|avif [WARM-UP SOURCE]
 //
-// (INT and CMP are the interpolation and compositing-quality codes.)
 // A warm-up drawing of a small file of the same format first brings in the
 // code and the worker threads every drawing shares, so that the rise is what
 // one more drawing costs. Prints "estimate <bytes> measured <bytes>", or the
@@ -57,7 +56,7 @@ int main(int argc, char **argv)
     QCoreApplication app(argc, argv);
     const QStringList arguments = app.arguments();
     if (arguments.size() < 5) {
-        std::fprintf(stderr, "usage: imaging_drawprobe SOURCE WIDTH HEIGHT jpeg|png|webp|avif [WARM-UP SOURCE [INT CMP]]\n");
+        std::fprintf(stderr, "usage: imaging_drawprobe SOURCE WIDTH HEIGHT jpeg|png|webp|avif [WARM-UP SOURCE]\n");
         return 2;
     }
     if (!imaging::start())
@@ -75,10 +74,6 @@ int main(int argc, char **argv)
                      : format == QStringLiteral("webp") ? imaging::OutputFormat::WebP
                      : format == QStringLiteral("avif") ? imaging::OutputFormat::Avif
                                                         : imaging::OutputFormat::Jpeg;
-    if (arguments.size() > 7) {
-        request.modes.interpolation = arguments.at(6).toInt();
-        request.modes.compositingQuality = arguments.at(7).toInt();
-    }
     if (arguments.size() > 5) {
         imaging::DrawRequest warmUp = request;
         warmUp.source = arguments.at(5);

@@ -6,9 +6,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <algorithm>
 #include <cmath>
-#include <vector>
 
 namespace valtrona::test {
 
@@ -74,62 +72,17 @@ quint32 crc32(const QByteArray &bytes)
     return ~crc;
 }
 
-// Resamples one axis: `count` lines of `length` samples, `stride` apart,
-// each sample `step` apart, into `target` samples.
-std::vector<double> resampleAxis(const std::vector<double> &in, int length, int target, int count,
-                                 int channels, bool horizontal, int otherLength)
-{
-    const int width = horizontal ? target : otherLength;
-    const int height = horizontal ? otherLength : target;
-    const int inWidth = horizontal ? length : otherLength;
-    std::vector<double> out(size_t(width) * height * channels, 0.0);
-    auto at = [&](int along, int across, int c) {
-        const int x = horizontal ? along : across;
-        const int y = horizontal ? across : along;
-        return in[(size_t(y) * inWidth + x) * channels + c];
-    };
-    const double scale = double(length) / target;
-    for (int across = 0; across < count; ++across) {
-        for (int t = 0; t < target; ++t) {
-            for (int c = 0; c < channels; ++c) {
-                double value = 0;
-                if (target < length) {
-                    const double start = t * scale;
-                    const double end = start + scale;
-                    for (int s = int(std::floor(start)); s < int(std::ceil(end)) && s < length; ++s) {
-                        const double weight = std::min(end, s + 1.0) - std::max(start, double(s));
-                        value += weight * at(s, across, c);
-                    }
-                    value /= scale;
-                } else {
-                    const double centre = std::clamp((t + 0.5) * scale - 0.5, 0.0, double(length - 1));
-                    const int left = int(std::floor(centre));
-                    const int right = std::min(left + 1, length - 1);
-                    const double f = centre - left;
-                    value = (1 - f) * at(left, across, c) + f * at(right, across, c);
-                }
-                const int x = horizontal ? t : across;
-                const int y = horizontal ? across : t;
-                out[(size_t(y) * width + x) * channels + c] = value;
-            }
-        }
-    }
-    return out;
-}
-
 } // namespace
 
 PixelBuffer referenceResample(const PixelBuffer &image, int width, int height)
 {
-    std::vector<double> data(size_t(image.bytes.size()));
-    for (qsizetype i = 0; i < image.bytes.size(); ++i)
-        data[size_t(i)] = static_cast<unsigned char>(image.bytes.at(i));
-    data = resampleAxis(data, image.width, width, image.height, image.channels, true, image.height);
-    data = resampleAxis(data, image.height, height, width, image.channels, false, width);
-    PixelBuffer result {QByteArray(qsizetype(data.size()), Qt::Uninitialized), width, height, image.channels};
-    for (size_t i = 0; i < data.size(); ++i)
-        result.bytes[qsizetype(i)] = char(std::clamp<long>(std::lround(data[i]), 0, 255));
-    return result;
+    QTemporaryDir scratch;
+    const QString in = scratch.filePath(image.channels == 1 ? QStringLiteral("in.pgm") : QStringLiteral("in.ppm"));
+    const QString out = scratch.filePath(QStringLiteral("out.png"));
+    writePnm(in, image);
+    runTool(QStringLiteral("vips"), {QStringLiteral("thumbnail"), in, out, QString::number(width), QStringLiteral("--height"),
+                                     QString::number(height), QStringLiteral("--size"), QStringLiteral("force")});
+    return firstChannels(decoded(out), image.channels);
 }
 
 PixelBuffer pixelsOf(const imaging::RgbaImage &image)

@@ -32,8 +32,8 @@ void writePnm(const QString &path, const PixelBuffer &image);
 /// "[options]" on path choose the format), returns path.
 QString writeWithVips(const QString &path, const PixelBuffer &image, const QString &saveOptions = {});
 
-/// A reference resample in plain code: area average when shrinking, linear
-/// interpolation between pixel centres when enlarging, each axis on its own.
+/// The image resampled to width x height by the image library's own
+/// thumbnail tool, run apart from the layer under test.
 PixelBuffer referenceResample(const PixelBuffer &image, int width, int height);
 
 /// The image's pixels as 4-channel RGBA.
