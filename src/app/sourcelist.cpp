@@ -6,7 +6,6 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileIconProvider>
-#include <QFileInfo>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLocale>
@@ -155,8 +154,7 @@ int SourceList::addSourceFiles(const QStringList &paths)
         row->setText(NameColumn, files::fileNamePart(path));
         row->setData(NameColumn, PathRole, path);
         row->setIcon(NameColumn, iconFor(path));
-        const QFileInfo info(path);
-        row->setText(SizeColumn, sizeText(info.isFile() ? info.size() : 0, locale));
+        row->setText(SizeColumn, sizeText(files::fileFacts(path).value_or(files::FileFacts()).size, locale));
         row->setTextAlignment(SizeColumn, Qt::AlignRight | Qt::AlignVCenter);
         row->setText(DimensionColumn, dimensionText(m_measure ? m_measure(path) : QSize()));
         row->setData(NameColumn, GoneRole, !files::pathExists(path));

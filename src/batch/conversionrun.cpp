@@ -9,8 +9,6 @@
 #include "core/targetfolder.h"
 #include "core/trash.h"
 
-#include <QFileInfo>
-
 #include <atomic>
 #include <condition_variable>
 #include <map>
@@ -266,7 +264,7 @@ void ConversionRun::Private::dispatch(int index)
                                              m_parameters.keepDirectoryStructure, m_parameters.format);
     task.target = renameTarget(target, m_parameters.searchText, m_parameters.replaceText);
     if (m_parameters.keepDate)
-        task.sourceDate = QFileInfo(task.source).lastModified();
+        task.sourceDate = files::fileFacts(task.source).value_or(files::FileFacts()).modified;
     task.copyExif = m_parameters.copyExif;
     task.style = m_parameters.changeStyle;
     task.format = m_parameters.format;

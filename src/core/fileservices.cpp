@@ -155,6 +155,15 @@ bool pathExists(const QString &path)
     return !path.isEmpty() && statPath(path, info);
 }
 
+std::optional<FileFacts> fileFacts(const QString &path)
+{
+    struct stat info {};
+    if (path.isEmpty() || !statPath(path, info) || !S_ISREG(info.st_mode))
+        return std::nullopt;
+    const qint64 milliseconds = qint64(info.st_mtim.tv_sec) * 1000 + info.st_mtim.tv_nsec / 1000000;
+    return FileFacts {qint64(info.st_size), QDateTime::fromMSecsSinceEpoch(milliseconds)};
+}
+
 bool dirExists(const QString &path)
 {
     const QString p = removeTrailingSeparator(path);

@@ -31,6 +31,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <optional>
 #include <ctime>
 
 namespace valtrona::files {
@@ -45,10 +46,10 @@ namespace valtrona::files {
 QString fileNameFromNative(QByteArrayView bytes);
 
 /// The bytes of a path for the system: the reverse of fileNameFromNative().
-/// Only the queries and the walk below use it. Elsewhere (Qt's file classes,
-/// the imaging library) such a byte turns into U+FFFD on its way to the
-/// system, so the file is not reached and the run fails it with its normal
-/// error row, naming it, instead of leaving it out.
+/// The queries and the walk below, the target folder and the imaging layer
+/// use it, so a photo with such a name is read, converted and written under
+/// its own bytes. Qt's file classes (and so the trash) turn such a byte into
+/// U+FFFD and do not reach the file.
 QByteArray nativeFileName(const QString &path);
 
 // ---- Path text (no file-system access) ------------------------------------
@@ -108,6 +109,18 @@ bool fileExists(const QString &path);
 /// there, following links (a dangling link is not). Unlike fileExists(), "*"
 /// and "?" are characters of the name.
 bool pathExists(const QString &path);
+
+/// What a regular file's entry says of it, following links.
+struct FileFacts
+{
+    qint64 size = 0;
+    QDateTime modified; ///< last write, in local time
+};
+
+/// The size and last write time of a regular file; nothing for anything
+/// else or when it is not there. Reaches names that are not UTF-8, which
+/// Qt's file classes cannot.
+std::optional<FileFacts> fileFacts(const QString &path);
 
 /// True when the path (a trailing separator allowed) is a directory.
 bool dirExists(const QString &path);

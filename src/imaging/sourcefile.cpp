@@ -1,7 +1,7 @@
 #include "imaging/sourcefile_p.h"
-#include "imaging/imaging_p.h"
 
-#include <QFile>
+#include "core/fileservices.h"
+#include "imaging/imaging_p.h"
 
 #include <cerrno>
 
@@ -63,7 +63,7 @@ SourceFile::~SourceFile()
 Expected<void, Error> SourceFile::open(const QString &path)
 {
     m_path = path;
-    const QByteArray native = QFile::encodeName(path);
+    const QByteArray native = files::nativeFileName(path);
     // Opened without waiting: a pipe at the name must not block.
     do {
         m_fd = ::open(native.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
@@ -109,7 +109,7 @@ QByteArray SourceFile::libraryName() const
 {
     if (procFileSystemPresent())
         return "/proc/self/fd/" + QByteArray::number(m_fd);
-    const QByteArray name = QFile::encodeName(m_path);
+    const QByteArray name = files::nativeFileName(m_path);
     return nameIsSafeForLibrary(name) ? name : QByteArray();
 }
 

@@ -1,6 +1,7 @@
 // valtrona-cli run as a user runs it: a separate process, its output, its
 // exit status and the files it leaves.
 
+#include "core/fileservices.h"
 #include "imaging/imaging.h"
 #include "support/testsupport.h"
 
@@ -84,20 +85,22 @@ TEST_F(CliRunTest, HelpIsGermanAndExitsZero)
     EXPECT_TRUE(result.out.contains(u"Rückgabewert"_s));
 }
 
-// Photos whose names are not UTF-8 (an old Latin-1 card) are not left out:
-// each gets its rows, named with the replacement character, and fails with
-// the normal error row.
-TEST_F(CliRunTest, NamesThatAreNotUtf8AreListedAndFail)
+// Photos whose names are not UTF-8 (an old Latin-1 card) are listed with
+// the replacement character, converted, and written under their own bytes.
+TEST_F(CliRunTest, NamesThatAreNotUtf8AreConvertedUnderTheirOwnBytes)
 {
     const QByteArray jpeg = test::readAll(test::dataPath(u"run/photo.jpg"_s));
     box.writeNativeFile("latin/\xe4rger.jpg", jpeg);
     box.writeNativeFile("latin/\xf6rger.jpg", jpeg);
     const CliResult latin = runCli({u"--style"_s, u"4"_s, u"--width"_s, u"160"_s, u"--height"_s, u"120"_s,
                                     u"--out"_s, u"out"_s, u"--dir"_s, u"latin"_s});
-    EXPECT_EQ(latin.exitCode, 1);
-    EXPECT_TRUE(latin.out.startsWith(u"INF\tBearbeite 2 Bilder\n"_s)) << latin.out.toStdString();
+    EXPECT_EQ(latin.exitCode, 0) << latin.err.toStdString();
     EXPECT_EQ(latin.out.count(u"PIC\tBearbeite Bild : \uFFFDrger.jpg\n"_s), 2) << latin.out.toStdString();
-    EXPECT_EQ(latin.out.count(u"ERR\t"_s), 2) << latin.out.toStdString();
+    EXPECT_EQ(latin.out.count(u"POK\t"_s), 2) << latin.out.toStdString();
+    for (const char *name : {"/out/\xe4rger.jpg", "/out/\xf6rger.jpg"}) {
+        const QString output = files::fileNameFromNative(QByteArray(QFile::encodeName(box.path()) + name));
+        EXPECT_EQ(imaging::measure(output).value_or({}), QSize(160, 120)) << name;
+    }
 }
 
 TEST_F(CliRunTest, DefaultsComeFromTheSettingsFileWhichStaysUntouched)
