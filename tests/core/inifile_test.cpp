@@ -20,120 +20,76 @@ std::string show(const QByteArray &bytes)
     return bytes.toPercentEncoding(" =[];\"").toStdString();
 }
 
-struct ReadCase
+TEST(IniDocumentTest, FindsValuesByPrivateProfileRules)
 {
-    const char *name;
-    QByteArray file;
-    QString section;
-    QString key;
-    std::optional<QString> expected;
-};
-
-void PrintTo(const ReadCase &c, std::ostream *os)
-{
-    *os << c.name;
+    const struct
+    {
+        const char *name;
+        QByteArray file;
+        QString section;
+        QString key;
+        std::optional<QString> expected;
+    } cases[] = {
+        {"names ignore case", "[Größe]\r\nÄrger=1\r\n", u"GRÖßE"_s, u"ärger"_s, u"1"_s},
+        {"names trimmed", "  [ Last ]  \r\n\t Width \t=  7 \r\n", u" Last"_s, u"Width "_s, u"7"_s},
+        {"only one quote pair", "[A]\r\nk= \"\"x\"\" \r\n", u"A"_s, u"k"_s, u"\"x\""_s},
+        {"unmatched quote kept", "[A]\r\nk=\"x\r\n", u"A"_s, u"k"_s, u"\"x"_s},
+        {"first = splits", "[A]\r\nk=a=b\r\n", u"A"_s, u"k"_s, u"a=b"_s},
+        {"mixed breaks", "[A]\r\na=1\n[B]\rb=2\r\n", u"B"_s, u"b"_s, u"2"_s},
+        {"first section wins", "[A]\r\nk=1\r\n[a]\r\nk=2\r\n", u"A"_s, u"k"_s, u"1"_s},
+        {"first key wins", "[A]\r\nk=1\r\nK=2\r\n", u"A"_s, u"k"_s, u"1"_s},
+        {"key of next section not taken", "[A]\r\n[B]\r\nk=1\r\n", u"A"_s, u"k"_s, std::nullopt},
+        {"empty value", "[A]\r\nk=\r\n", u"A"_s, u"k"_s, QString()},
+        {"line without =", "[A]\r\nflag\r\n", u"A"_s, u"flag"_s, QString()},
+        {"comment is no key", "[A]\r\n;k=1\r\n", u"A"_s, u"k"_s, std::nullopt},
+        {"header without ]", "[A\r\nk=1\r\n", u"A"_s, u"k"_s, u"1"_s},
+        {"BOM before first header", "\xEF\xBB\xBF[A]\r\nk=1\r\n", u"A"_s, u"k"_s, u"1"_s},
+        {"Latin-1 file", "[A]\r\np=C:\\J\xF6rg\r\n", u"A"_s, u"p"_s, u"C:\\Jörg"_s},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(IniDocument(c.file).value(c.section, c.key), c.expected) << c.name;
 }
 
-class IniReadTest : public ::testing::TestWithParam<ReadCase> {};
-
-TEST_P(IniReadTest, FindsValueByPrivateProfileRules)
+// Every write keeps every byte it does not have to change.
+TEST(IniDocumentTest, WritesChangeOnlyWhatTheyMust)
 {
-    const ReadCase &c = GetParam();
-    EXPECT_EQ(IniDocument(c.file).value(c.section, c.key), c.expected);
-}
+    const struct
+    {
+        const char *name;
+        QByteArray before;
+        QString section;
+        QString key;
+        QString value;
+        QByteArray after;
+    } cases[] = {
+        {"replaced in place", "; head\r\n[A]\r\nx = 1  \r\ny=2\n[B]\rz=3", u"a"_s, u"X"_s, u"10"_s,
+         "; head\r\n[A]\r\nx = 10  \r\ny=2\n[B]\rz=3"},
+        {"quoted value replaced", "[A]\r\nk=\"old\"\r\n", u"A"_s, u"k"_s, u"new"_s, "[A]\r\nk=new\r\n"},
+        {"same value leaves bytes", "[A]\r\nk = v\r\n", u"A"_s, u"k"_s, u"v"_s, "[A]\r\nk = v\r\n"},
+        {"line without = gets one", "[A]\r\nflag\r\n", u"A"_s, u"flag"_s, u"1"_s, "[A]\r\nflag=1\r\n"},
+        {"new key after last key", "[A]\r\na=1\r\n; c\r\n\r\n[B]\r\nb=1\r\n", u"A"_s, u"n"_s, u"2"_s,
+         "[A]\r\na=1\r\nn=2\r\n; c\r\n\r\n[B]\r\nb=1\r\n"},
+        {"new key keeps LF", "[A]\na=1\n[B]\n", u"A"_s, u"n"_s, u"2"_s, "[A]\na=1\nn=2\n[B]\n"},
+        {"new section at the end", "x\r\n[A]\r\na=1\r\n", u"Last"_s, u"Style"_s, u"3"_s,
+         "x\r\n[A]\r\na=1\r\n\r\n[Last]\r\nStyle=3\r\n"},
+        {"new section after unterminated line", "[A]\na=1", u"N"_s, u"k"_s, u"v"_s, "[A]\na=1\n\n[N]\nk=v\n"},
+        {"new section after blank line", "[A]\r\na=1\r\n\r\n", u"N"_s, u"k"_s, u"v"_s,
+         "[A]\r\na=1\r\n\r\n[N]\r\nk=v\r\n"},
+        {"new file", "", u" Last "_s, u" Style "_s, u"3"_s, "[Last]\r\nStyle=3\r\n"},
+        {"blank edges quoted", "", u"A"_s, u"k"_s, u" x "_s, "[A]\r\nk=\" x \"\r\n"},
+        {"quotes quoted", "", u"A"_s, u"k"_s, u"\"q\""_s, "[A]\r\nk=\"\"q\"\"\r\n"},
+        {"Latin-1 file stays Latin-1", "[A]\r\np=\xE4\r\n", u"A"_s, u"q"_s, u"ö"_s, "[A]\r\np=\xE4\r\nq=\xF6\r\n"},
+        {"Latin-1 file becomes UTF-8 for wider text", "[A]\r\np=\xE4\r\n", u"A"_s, u"q"_s, u"€"_s,
+         "[A]\r\np=\xC3\xA4\r\nq=\xE2\x82\xAC\r\n"},
+    };
+    for (const auto &c : cases) {
+        IniDocument document(c.before);
+        ASSERT_TRUE(document.setValue(c.section, c.key, c.value)) << c.name;
+        EXPECT_EQ(show(document.bytes()), show(c.after)) << c.name;
+        EXPECT_EQ(document.value(c.section, c.key), c.value) << c.name << ": reads back what was written";
+    }
 
-INSTANTIATE_TEST_SUITE_P(Rules, IniReadTest, ::testing::Values(
-    ReadCase {"plain", "[Last]\r\nWidth=1024\r\n", u"Last"_s, u"Width"_s, u"1024"_s},
-    ReadCase {"names ignore case", "[Last]\r\nWidth=1\r\n", u"LAST"_s, u"wIDTH"_s, u"1"_s},
-    ReadCase {"names ignore case beyond ASCII", "[Größe]\r\nÄrger=1\r\n", u"GRÖßE"_s,
-              u"ärger"_s, u"1"_s},
-    ReadCase {"names trimmed", "  [ Last ]  \r\n\t Width \t=  7 \r\n", u" Last"_s, u"Width "_s,
-              u"7"_s},
-    ReadCase {"one quote pair removed", "[A]\r\nk= \"a b\" \r\n", u"A"_s, u"k"_s, u"a b"_s},
-    ReadCase {"only one pair", "[A]\r\nk=\"\"x\"\"\r\n", u"A"_s, u"k"_s, u"\"x\""_s},
-    ReadCase {"unmatched quote kept", "[A]\r\nk=\"x\r\n", u"A"_s, u"k"_s, u"\"x"_s},
-    ReadCase {"single quotes kept", "[A]\r\nk='x'\r\n", u"A"_s, u"k"_s, u"'x'"_s},
-    ReadCase {"first = splits", "[A]\r\nk=a=b\r\n", u"A"_s, u"k"_s, u"a=b"_s},
-    ReadCase {"LF only", "[A]\na=1\nb=2\n", u"A"_s, u"b"_s, u"2"_s},
-    ReadCase {"CR only", "[A]\ra=1\rb=2", u"A"_s, u"b"_s, u"2"_s},
-    ReadCase {"mixed breaks", "[A]\r\na=1\n[B]\rb=2\r\n", u"B"_s, u"b"_s, u"2"_s},
-    ReadCase {"first section wins", "[A]\r\nk=1\r\n[a]\r\nk=2\r\n", u"A"_s, u"k"_s, u"1"_s},
-    ReadCase {"first key wins", "[A]\r\nk=1\r\nK=2\r\n", u"A"_s, u"k"_s, u"1"_s},
-    ReadCase {"key of next section not taken", "[A]\r\n[B]\r\nk=1\r\n", u"A"_s, u"k"_s,
-              std::nullopt},
-    ReadCase {"keys before any section", "k=1\r\n[A]\r\n", u"A"_s, u"k"_s, std::nullopt},
-    ReadCase {"missing section", "[A]\r\nk=1\r\n", u"B"_s, u"k"_s, std::nullopt},
-    ReadCase {"empty value", "[A]\r\nk=\r\n", u"A"_s, u"k"_s, QString()},
-    ReadCase {"line without =", "[A]\r\nflag\r\n", u"A"_s, u"flag"_s, QString()},
-    ReadCase {"comment is no key", "[A]\r\n;k=1\r\n", u"A"_s, u"k"_s, std::nullopt},
-    ReadCase {"header without ]", "[A\r\nk=1\r\n", u"A"_s, u"k"_s, u"1"_s},
-    ReadCase {"BOM before first header", "\xEF\xBB\xBF[A]\r\nk=1\r\n", u"A"_s, u"k"_s, u"1"_s},
-    ReadCase {"UTF-8 value", "[A]\r\np=/home/jörg\r\n", u"A"_s, u"p"_s, u"/home/jörg"_s},
-    ReadCase {"Latin-1 file", "[A]\r\np=C:\\J\xF6rg\r\n", u"A"_s, u"p"_s, u"C:\\Jörg"_s},
-    ReadCase {"NUL bytes", "[A]\r\nk=a\0b\r\n"_ba, u"A"_s, u"k"_s, u"a\0b"_s},
-    ReadCase {"empty file", "", u"A"_s, u"k"_s, std::nullopt}));
-
-struct WriteCase
-{
-    const char *name;
-    QByteArray before;
-    QString section;
-    QString key;
-    QString value;
-    QByteArray after;
-};
-
-void PrintTo(const WriteCase &c, std::ostream *os)
-{
-    *os << c.name;
-}
-
-class IniWriteTest : public ::testing::TestWithParam<WriteCase> {};
-
-TEST_P(IniWriteTest, ChangesOnlyWhatItMust)
-{
-    const WriteCase &c = GetParam();
-    IniDocument document(c.before);
-    ASSERT_TRUE(document.setValue(c.section, c.key, c.value));
-    EXPECT_EQ(show(document.bytes()), show(c.after));
-    EXPECT_EQ(document.value(c.section, c.key), c.value) << "reads back what was written";
-}
-
-INSTANTIATE_TEST_SUITE_P(Placement, IniWriteTest, ::testing::Values(
-    WriteCase {"replaced in place", "; head\r\n[A]\r\nx = 1  \r\ny=2\n[B]\rz=3", u"a"_s, u"X"_s,
-               u"10"_s, "; head\r\n[A]\r\nx = 10  \r\ny=2\n[B]\rz=3"},
-    WriteCase {"quoted value replaced", "[A]\r\nk=\"old\"\r\n", u"A"_s, u"k"_s, u"new"_s,
-               "[A]\r\nk=new\r\n"},
-    WriteCase {"empty value filled", "[A]\r\nk=\r\nz=1\r\n", u"A"_s, u"k"_s, u"v"_s,
-               "[A]\r\nk=v\r\nz=1\r\n"},
-    WriteCase {"same value leaves bytes", "[A]\r\nk = v\r\n", u"A"_s, u"k"_s, u"v"_s,
-               "[A]\r\nk = v\r\n"},
-    WriteCase {"line without = gets one", "[A]\r\nflag\r\n", u"A"_s, u"flag"_s, u"1"_s,
-               "[A]\r\nflag=1\r\n"},
-    WriteCase {"new key after last key", "[A]\r\na=1\r\n; c\r\n\r\n[B]\r\nb=1\r\n", u"A"_s,
-               u"n"_s, u"2"_s, "[A]\r\na=1\r\nn=2\r\n; c\r\n\r\n[B]\r\nb=1\r\n"},
-    WriteCase {"new key keeps LF", "[A]\na=1\n[B]\n", u"A"_s, u"n"_s, u"2"_s,
-               "[A]\na=1\nn=2\n[B]\n"},
-    WriteCase {"new key after unterminated line", "[A]\r\na=1", u"A"_s, u"n"_s, u"2"_s,
-               "[A]\r\na=1\r\nn=2"},
-    WriteCase {"new key in empty section", "[A]\r\n[B]\r\n", u"A"_s, u"n"_s, u"2"_s,
-               "[A]\r\nn=2\r\n[B]\r\n"},
-    WriteCase {"new section at the end", "x\r\n[A]\r\na=1\r\n", u"Last"_s, u"Style"_s, u"3"_s,
-               "x\r\n[A]\r\na=1\r\n\r\n[Last]\r\nStyle=3\r\n"},
-    WriteCase {"new section after unterminated line", "[A]\na=1", u"N"_s, u"k"_s, u"v"_s,
-               "[A]\na=1\n\n[N]\nk=v\n"},
-    WriteCase {"new section after blank line", "[A]\r\na=1\r\n\r\n", u"N"_s, u"k"_s, u"v"_s,
-               "[A]\r\na=1\r\n\r\n[N]\r\nk=v\r\n"},
-    WriteCase {"new file", "", u" Last "_s, u" Style "_s, u"3"_s, "[Last]\r\nStyle=3\r\n"},
-    WriteCase {"blank edges quoted", "", u"A"_s, u"k"_s, u" x "_s, "[A]\r\nk=\" x \"\r\n"},
-    WriteCase {"quotes quoted", "", u"A"_s, u"k"_s, u"\"q\""_s, "[A]\r\nk=\"\"q\"\"\r\n"},
-    WriteCase {"Latin-1 file stays Latin-1", "[A]\r\np=\xE4\r\n", u"A"_s, u"q"_s, u"ö"_s,
-               "[A]\r\np=\xE4\r\nq=\xF6\r\n"},
-    WriteCase {"Latin-1 file becomes UTF-8 for wider text", "[A]\r\np=\xE4\r\n", u"A"_s,
-               u"q"_s, u"€"_s, "[A]\r\np=\xC3\xA4\r\nq=\xE2\x82\xAC\r\n"}));
-
-TEST(IniWriteTest, RefusesWhatCannotBeStoredOnOneLine)
-{
+    // What cannot be stored on one line is refused, and nothing changes.
     const QByteArray before = "[A]\r\nk=1\r\n";
     const struct
     {
@@ -141,9 +97,9 @@ TEST(IniWriteTest, RefusesWhatCannotBeStoredOnOneLine)
         QString key;
         QString value;
     } refused[] = {
-        {u"A"_s, u"k"_s, u"a\nb"_s}, {u"A"_s, u"k"_s, u"a\rb"_s}, {u"A"_s, u"k=x"_s, u"1"_s},
-        {u"A"_s, {}, u"1"_s},        {{}, u"k"_s, u"1"_s},        {u"A]"_s, u"k"_s, u"1"_s},
-        {u"A"_s, u"[k"_s, u"1"_s},   {u"A"_s, u";k"_s, u"1"_s},   {u"A\n"_s, u"k"_s, u"1"_s},
+        {u"A"_s, u"k"_s, u"a\rb"_s}, {u"A\n"_s, u"k"_s, u"1"_s}, {u"A"_s, u"k=x"_s, u"1"_s},
+        {u"A"_s, u" "_s, u"1"_s},     {u" "_s, u"k"_s, u"1"_s},    {u"A]"_s, u"k"_s, u"1"_s},
+        {u"A"_s, u"[k"_s, u"1"_s},    {u"A"_s, u";k"_s, u"1"_s},
     };
     for (const auto &r : refused) {
         IniDocument document(before);
@@ -156,25 +112,22 @@ TEST(IniFileTest, ReadsIntegersAndLongValues)
 {
     test::Sandbox sandbox;
     const QString file = sandbox.writeFile(u"v.ini"_s,
-        "[JPG]\r\nPRZ=85\r\nA= 12abc\r\nB=abc\r\nC=\r\nD=-5\r\nE=99999999999\r\nF=\"42\"\r\n"
-        "G=+7\r\nH=-99999999999\r\nL=" + QByteArray(5000, 'x') + "\r\n");
+        "[JPG]\r\nA= 12abc\r\nB=abc\r\nC=\r\nD=-5\r\nE=99999999999\r\nG=+7\r\nH=-99999999999\r\nL="
+        + QByteArray(5000, 'x') + "\r\n");
     const struct
     {
         const char16_t *key;
         qint32 expected;
     } ints[] = {
-        {u"PRZ", 85}, {u"A", 12}, {u"B", 0}, {u"C", -1}, {u"D", -5}, {u"missing", -1},
-        {u"E", std::numeric_limits<qint32>::max()}, {u"F", 42}, {u"G", 7},
-        {u"H", std::numeric_limits<qint32>::min()},
+        {u"A", 12}, {u"B", 0}, {u"C", -1}, {u"D", -5}, {u"E", std::numeric_limits<qint32>::max()},
+        {u"G", 7}, {u"H", std::numeric_limits<qint32>::min()},
     };
     for (const auto &c : ints)
         EXPECT_EQ(readIniInt(file, u"jpg"_s, QString::fromUtf16(c.key), -1), c.expected);
 
     EXPECT_EQ(readIniString(file, u"JPG"_s, u"L"_s).size(), iniValueLimit - 1);
     EXPECT_EQ(readIniString(file, u"JPG"_s, u"C"_s, u"dflt"_s), u"dflt"_s);
-    EXPECT_EQ(readIniString(file, u"JPG"_s, u"none"_s), QString());
-    EXPECT_EQ(readIniString(sandbox.filePath(u"missing.ini"_s), u"JPG"_s, u"PRZ"_s, u"d"_s),
-              u"d"_s);
+    EXPECT_EQ(readIniString(sandbox.filePath(u"missing.ini"_s), u"JPG"_s, u"A"_s, u"d"_s), u"d"_s);
 }
 
 TEST(IniFileTest, WritesAtomicallyAndSeesOtherWriters)
@@ -189,15 +142,10 @@ TEST(IniFileTest, WritesAtomicallyAndSeesOtherWriters)
     sandbox.writeFile(u"v.ini"_s, "[Last]\r\nWidth=640\r\n");
     EXPECT_EQ(readIniString(file, u"Last"_s, u"Width"_s), u"640"_s);
 
-    // Permissions survive the temporary-file-and-rename write.
-    QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup);
     EXPECT_TRUE(writeIniString(file, u"Last"_s, u"Height"_s, u"480"_s));
-    EXPECT_EQ(QFileInfo(file).permissions() & (QFile::ReadGroup | QFile::ReadOther),
-              QFile::ReadGroup);
     EXPECT_EQ(test::readAll(file), "[Last]\r\nWidth=640\r\nHeight=480\r\n"_ba);
-    EXPECT_FALSE(QFileInfo::exists(file + u".lock"_s));
     EXPECT_EQ(QDir(sandbox.path()).entryList(QDir::Files), QStringList {u"v.ini"_s})
-        << "no temporary file left behind";
+        << "no temporary or lock file left behind";
 
     // A settings file the user linked elsewhere is written where it lives.
     const QString linked = sandbox.filePath(u"linked.ini"_s);
@@ -216,14 +164,10 @@ TEST(IniFileTest, LeavesWhatItCannotUseAlone)
     EXPECT_EQ(readIniInt(dir, u"A"_s, u"k"_s, 5), 5);
     EXPECT_FALSE(writeIniString(dir, u"A"_s, u"k"_s, u"1"_s));
     EXPECT_FALSE(tidyIniFile(dir));
-    EXPECT_TRUE(QFileInfo(dir + u"/inner"_s).isDir());
-    EXPECT_EQ(readIniSection(dir, u"A"_s), QString());
 
     // A missing directory is not created.
-    const QString nowhere = sandbox.filePath(u"no/such/dir/v.ini"_s);
-    EXPECT_FALSE(writeIniString(nowhere, u"A"_s, u"k"_s, u"1"_s));
+    EXPECT_FALSE(writeIniString(sandbox.filePath(u"no/such/dir/v.ini"_s), u"A"_s, u"k"_s, u"1"_s));
     EXPECT_FALSE(QFileInfo::exists(sandbox.filePath(u"no"_s)));
-    EXPECT_FALSE(writeIniString(QString(), u"A"_s, u"k"_s, u"1"_s));
 
     // An edit that changes nothing does not create the file.
     const QString missing = sandbox.filePath(u"missing.ini"_s);
@@ -239,7 +183,6 @@ TEST(IniSectionTest, ReadsRawEntries)
     const QString nul(QChar(0));
     EXPECT_EQ(readIniSection(small, u"a"_s),
               u"a=1"_s + nul + u";note"_s + nul + u"flag"_s + nul + u"q=\"x\""_s + nul);
-    EXPECT_EQ(readIniSection(small, u"C"_s), QString());
     EXPECT_EQ(readIniSection(sandbox.filePath(u"missing.ini"_s), u"A"_s), u"0"_s);
 
     // At 32501 bytes and more the line parser takes over and gives the same
@@ -249,7 +192,6 @@ TEST(IniSectionTest, ReadsRawEntries)
     QByteArray padded = ordinary + "[Pad]\r\n";
     padded += QByteArray(iniLargeFileSize - padded.size(), 'p');
     const QString large = sandbox.writeFile(u"large.ini"_s, padded);
-    ASSERT_EQ(QFileInfo(large).size(), iniLargeFileSize);
     QStringList smallNames, smallValues, largeNames, largeValues;
     EXPECT_EQ(readIniSectionPairs(below, u"A"_s, smallNames, smallValues), 2);
     EXPECT_EQ(readIniSectionPairs(large, u"a"_s, largeNames, largeValues), 2);
@@ -258,29 +200,18 @@ TEST(IniSectionTest, ReadsRawEntries)
     EXPECT_EQ(readIniSection(large, u"B"_s), nul + u"b=2"_s);
 }
 
+// Pieces between NULs; empty ones, comments and a last piece of one
+// character (a missing file's "0") are dropped; a piece without "=" is a
+// value without a name.
 TEST(IniSectionTest, SplitsEntriesAtNul)
 {
     const QString nul(QChar(0));
-    const struct
-    {
-        QString text;
-        QStringList names;
-        QStringList values;
-    } cases[] = {
-        {u"0"_s, {}, {}},
-        {QString(), {}, {}},
-        {u"a=1"_s + nul + u"b=2"_s + nul, {u"a"_s, u"b"_s}, {u"1"_s, u"2"_s}},
-        {nul + u"a=1"_s + nul + u"bc"_s, {u"a"_s, QString()}, {u"1"_s, u"bc"_s}},
-        {nul + u"a=1"_s + nul + u"b"_s, {u"a"_s}, {u"1"_s}},
-        {u";x=1"_s + nul + nul + u"k=v=w"_s + nul + u"=e"_s + nul, {u"k"_s, QString()},
-         {u"v=w"_s, u"e"_s}},
-    };
-    for (const auto &c : cases) {
-        QStringList names {u"stale"_s}, values {u"stale"_s};
-        EXPECT_EQ(splitIniSection(c.text, names, values), c.names.size());
-        EXPECT_EQ(names, c.names);
-        EXPECT_EQ(values, c.values);
-    }
+    QStringList names {u"stale"_s}, values {u"stale"_s};
+    EXPECT_EQ(splitIniSection(u"0"_s, names, values), 0);
+    EXPECT_TRUE(names.isEmpty() && values.isEmpty());
+    EXPECT_EQ(splitIniSection(u";x=1"_s + nul + nul + u"k=v=w"_s + nul + u"flag"_s + nul + u"b"_s, names, values), 2);
+    EXPECT_EQ(names, (QStringList {u"k"_s, QString()}));
+    EXPECT_EQ(values, (QStringList {u"v=w"_s, u"flag"_s}));
 }
 
 TEST(IniTidyTest, OneEmptyLineBeforeEveryHeader)
@@ -290,10 +221,9 @@ TEST(IniTidyTest, OneEmptyLineBeforeEveryHeader)
         QByteArray before;
         QByteArray after;
     } cases[] = {
-        {"[A]\r\na=1\r\n[B]\r\nb=2", "[A]\r\na=1\r\n\r\n[B]\r\nb=2\r\n"},
         {"\r\n\r\n[A]\r\n\r\n\r\n\r\na=1\r\n\r\n\r\n[B]\r\n\r\n\r\n", "[A]\r\n\r\na=1\r\n\r\n[B]\r\n"},
         {"[A]\r\nPath=/a[b]/c\r\n", "[A]\r\nPath=/a\r\n\r\n[b]/c\r\n"},
-        {"[A]\na=1\n[B]\rb=2\n", "[A]\r\na=1\r\n\r\n[B]\r\nb=2\r\n"},
+        {"[A]\na=1\n[B]\rb=2", "[A]\r\na=1\r\n\r\n[B]\r\nb=2\r\n"},
         {"head [A]", "head \r\n\r\n[A]\r\n"},
         {" \t\r\n ", ""},
     };
