@@ -32,7 +32,7 @@ class RecordingHost : public ConversionHost
 {
 public:
     QStringList events;
-    QList<StatusRow> rows;
+    QStringList rows;     // "KEY\ttext"
     QStringList failures; // "name: reason"
     FileInputs inputs {u"160"_s, u"120"_s, 0, 0};
     bool deleteSourcesSet = false;
@@ -43,8 +43,8 @@ public:
     void clearStatusRows() override { events.append(u"clear"_s); }
     void addStatusRow(const StatusRow &row) override
     {
-        rows.append(row);
-        events.append(u"row "_s + statusIconKey(row.kind) + u'\t' + row.text);
+        rows.append(statusIconKey(row.kind) + u'\t' + row.text);
+        events.append(u"row "_s + rows.last());
         if (!stopAtPicture.isEmpty() && row.kind == StatusKind::Picture
             && row.text.endsWith(u" : "_s + stopAtPicture))
             stop = true;
@@ -61,14 +61,6 @@ public:
         failures.append(QFileInfo(source).fileName() + u": "_s + errorText(error.code));
     }
     void runEnded() override { ++ended; }
-
-    QStringList rowLines() const
-    {
-        QStringList lines;
-        for (const StatusRow &row : rows)
-            lines.append(statusIconKey(row.kind) + u'\t' + row.text);
-        return lines;
-    }
 };
 
 // Images as text: "IMG <width>x<height> [<memory>]"; "BROKEN" anywhere
@@ -202,7 +194,7 @@ Outcome runScenario(const Scenario &scenario, int jobs, qint64 budget = defaultM
     run.setMemoryBudget(budget);
     Outcome outcome;
     outcome.summary = run.run(parameters);
-    outcome.rows = host.rowLines();
+    outcome.rows = host.rows;
     outcome.failures = host.failures;
     outcome.tree = treeOf(box.path());
     outcome.events = host.events;
