@@ -1,3 +1,6 @@
+// Reading a source without drawing it: its size from the header, and the
+// pixels for showing it on screen.
+
 #include "imaging/imaging.h"
 #include "imaging/preview.h"
 #include "fixtures.h"
@@ -13,7 +16,7 @@ using namespace valtrona::test;
 
 namespace {
 
-class MeasureTest : public ::testing::Test
+class ReadingTest : public ::testing::Test
 {
 protected:
     static void SetUpTestSuite() { ASSERT_TRUE(imaging::start()); }
@@ -23,7 +26,7 @@ protected:
 
 // Every format is measured in the formats test, every failure in the
 // conversion test; here the names the image library might misread.
-TEST_F(MeasureTest, ReadsSizesBehindOddNames)
+TEST_F(ReadingTest, MeasuresSizesBehindOddNames)
 {
     const QString jpeg = writeWithVips(m_sandbox.filePath(u"plain.jpg"_s), gradientImage(50, 40), u"[Q=90]"_s);
     const struct
@@ -49,7 +52,7 @@ TEST_F(MeasureTest, ReadsSizesBehindOddNames)
 
 // A header may claim any size: beyond what the layer accepts it is refused
 // before anything is decoded, by measuring and by the previews alike.
-TEST_F(MeasureTest, RefusesImplausibleSizes)
+TEST_F(ReadingTest, RefusesImplausibleSizes)
 {
     const QByteArray good = readAll(writeWithVips(m_sandbox.filePath(u"good.jpg"_s), gradientImage(120, 80)));
     const struct
@@ -65,42 +68,41 @@ TEST_F(MeasureTest, RefusesImplausibleSizes)
     for (const auto &c : cases) {
         const auto size = imaging::measure(m_sandbox.writeFile(u"claim"_s, c.bytes));
         const auto preview = imaging::loadPreview(m_sandbox.filePath(u"claim"_s), 100, 100);
-        ASSERT_FALSE(size.has_value() || preview.has_value()) << c.name;
-        EXPECT_EQ(int(size.error().code), int(c.code)) << c.name << ": " << qPrintable(size.error().detail);
-        EXPECT_EQ(int(preview.error().code), int(c.code)) << c.name;
+        const auto fromData = imaging::loadPreviewFromData(c.bytes, 100, 100);
+        ASSERT_FALSE(size.has_value() || preview.has_value() || fromData.has_value()) << c.name;
+        for (const Error &error : {size.error(), preview.error(), fromData.error()})
+            EXPECT_EQ(int(error.code), int(c.code)) << c.name << ": " << qPrintable(error.detail);
     }
 }
 
-// The layer starts again after every stop, any number of times; while it is
-// stopped, the calls that need it say so.
-TEST_F(MeasureTest, StopAndRestartLeaveTheLayerWorking)
+// A preview fits into its box keeping the aspect and is never enlarged; a
+// limit of 0 or less is none. From a file or from memory it is the same
+// picture, opaque where the source has no transparency.
+TEST_F(ReadingTest, PreviewsFitTheBoxAndShowThePicture)
 {
-    const QString source = writeWithVips(m_sandbox.filePath(u"a.png"_s), gradientImage(64, 48));
-    const imaging::DrawRequest request = drawRequest(source, 32, 24, imaging::OutputFormat::Jpeg);
-    for (int round = 0; round < 20; ++round) {
-        imaging::restart();
-        ASSERT_EQ(imaging::measure(source).value_or({}), QSize(64, 48)) << "round " << round;
-        if (round % 5 == 0) {
-            ASSERT_TRUE(drawToFile(request, m_sandbox.path(), u"out.jpg"_s).has_value()) << "round " << round;
-        }
+    const PixelBuffer source = gradientImage(1200, 800);
+    const QString png = writeWithVips(m_sandbox.filePath(u"photo.png"_s), source);
+    const struct
+    {
+        int maxWidth;
+        int maxHeight;
+        int width;
+        int height;
+    } cases[] = {
+        {300, 300, 300, 200}, {600, 100, 150, 100}, {2400, 1600, 1200, 800},
+        {0, 0, 1200, 800},    {0, 80, 120, 80},     {240, -1, 240, 160},     {1, 1, 1, 1},
+    };
+    for (const auto &c : cases) {
+        const auto image = imaging::loadPreview(png, c.maxWidth, c.maxHeight);
+        ASSERT_TRUE(image.has_value()) << c.maxWidth << "x" << c.maxHeight;
+        EXPECT_EQ(QSize(image->width, image->height), QSize(c.width, c.height)) << c.maxWidth << "x" << c.maxHeight;
     }
 
-    imaging::stop();
-    imaging::stop(); // stopping twice is harmless
-    EXPECT_FALSE(imaging::isStarted());
-    const auto measured = imaging::measure(source);
-    const auto inspected = imaging::inspect(source);
-    const auto drawn = drawToFile(request, m_sandbox.path(), u"stopped.jpg"_s);
-    ASSERT_FALSE(measured.has_value() || inspected.has_value() || drawn.has_value());
-    for (const Error &error : {measured.error(), inspected.error(), drawn.error()})
-        EXPECT_EQ(int(error.code), int(ErrorCode::Internal)) << qPrintable(error.detail);
-    EXPECT_FALSE(QFile::exists(m_sandbox.filePath(u"stopped.jpg"_s)));
-    // Previews need the library only.
-    EXPECT_TRUE(imaging::loadPreview(source, 8, 8).has_value());
-
-    ASSERT_TRUE(imaging::start());
-    ASSERT_TRUE(imaging::start()); // starting twice too
-    EXPECT_EQ(imaging::measure(source).value_or({}), QSize(64, 48));
+    const PixelBuffer fromFile = pixelsOf(imaging::loadPreview(png, 300, 200).value_or({}));
+    const PixelBuffer fromData = pixelsOf(imaging::loadPreviewFromData(readAll(png), 300, 200).value_or({}));
+    EXPECT_TRUE(imagesClose(fromData, fromFile, 0, 0.0));
+    EXPECT_TRUE(imagesClose(firstChannels(fromFile, 3), referenceResample(source, 300, 200), 8, 1.0));
+    EXPECT_EQ(channelMean(fromFile, 3), 255.0);
 }
 
 } // namespace
