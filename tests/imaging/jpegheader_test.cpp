@@ -20,19 +20,14 @@ QByteArray jfifSegment()
     return segment(0xE0, QByteArray::fromHex("4a4649460001010000010001 0000"));
 }
 
-// An APP1 Exif segment with one tag, the camera make.
-QByteArray exifSegment(const QByteArray &make)
+// An APP1 Exif segment with one tag, the camera make "Kamera".
+QByteArray exifSegment()
 {
-    const QByteArray value = make + '\0';
-    QByteArray tiff = QByteArray::fromHex("49492a0008000000"); // "II", 42, IFD at 8
-    tiff += QByteArray::fromHex("0100");                       // one entry
-    tiff += QByteArray::fromHex("0f010200");                   // Make, ASCII
-    const quint32 count = quint32(value.size());
-    tiff.append(char(count)).append(char(count >> 8)).append(char(count >> 16)).append(char(count >> 24));
-    tiff += QByteArray::fromHex("1a000000");                   // value at 26
-    tiff += QByteArray::fromHex("00000000");                   // no next IFD
-    tiff += value;
-    return segment(0xE1, QByteArray("Exif\0\0", 6) + tiff);
+    return segment(0xE1, QByteArray("Exif\0\0", 6)
+                             + QByteArray::fromHex("49492a00080000000100" // "II", 42, IFD at 8, one entry
+                                                   "0f010200070000001a000000" // Make, ASCII, 7 bytes at 26
+                                                   "00000000") // no next IFD
+                             + QByteArray("Kamera\0", 7));
 }
 
 const QByteArray kSoi = QByteArray::fromHex("ffd8");
@@ -49,7 +44,7 @@ TEST(JpegHeaderKind, FromTheFirstMarker)
         const char *description;
     } cases[] = {
         {"JFIF", kSoi + jfifSegment() + kBody + kEoi, 1, "JFIF JPEG-Format"},
-        {"Exif", kSoi + exifSegment("X") + kBody + kEoi, 2, "JEIDA Exif JPEG-Format"},
+        {"Exif", kSoi + exifSegment() + kBody + kEoi, 2, "JEIDA Exif JPEG-Format"},
         {"SOF0", kSoi + QByteArray::fromHex("ffc00011") + kEoi, 3, "JPEG-Format"},
         {"SOF3", kSoi + QByteArray::fromHex("ffc30011") + kEoi, 3, "JPEG-Format"},
         {"DHT first", kSoi + QByteArray::fromHex("ffc40011") + kEoi, 0, ""},
@@ -102,7 +97,7 @@ TEST(JpegHeaderKind, EndCheck)
 TEST(JpegHeaderEnd, AfterTheApplicationAndCommentSegments)
 {
     const QByteArray app0 = jfifSegment();
-    const QByteArray app1 = exifSegment("Kamera");
+    const QByteArray app1 = exifSegment();
     const QByteArray com = segment(0xFE, "Kommentar");
     const QByteArray app13 = segment(0xED, "Photoshop 3.0");
     const struct
