@@ -14,6 +14,7 @@
 #include "support/testsupport.h"
 
 using namespace valtrona;
+using namespace Qt::StringLiterals;
 using valtrona::test::ScriptedDialogs;
 
 namespace {
@@ -23,7 +24,7 @@ class ParameterCardTest : public ::testing::Test
 protected:
     ParameterCardTest()
     {
-        card.fillLists(sandbox.filePath(QStringLiteral("none.ini")));
+        card.fillLists(sandbox.filePath(u"none.ini"_s));
         card.show();
     }
 
@@ -49,8 +50,8 @@ TEST_F(ParameterCardTest, ChecksRefuseInTheirOrderAndPickTheFirstUnitSilently)
     } steps[] = {
         {[] {}, "Sie haben keinen Änderungsstil gewählt !"},
         {[&] { child("cmbTyp")->setListIndex(2); }, "Sie haben ungültige Formatparameter gewählt !"},
-        {[&] { child("txtB")->setText(QStringLiteral("800")); }, "Sie haben kein Zielverzeichnis gewählt !"},
-        {[&] { child("txtDst")->setText(QStringLiteral("/ziel")); }, ""},
+        {[&] { child("txtB")->setText(u"800"_s); }, "Sie haben kein Zielverzeichnis gewählt !"},
+        {[&] { child("txtDst")->setText(u"/ziel"_s); }, ""},
     };
     for (const auto &step : steps) {
         step.set();
@@ -63,44 +64,37 @@ TEST_F(ParameterCardTest, ChecksRefuseInTheirOrderAndPickTheFirstUnitSilently)
 TEST_F(ParameterCardTest, RunParametersFollowTheControls)
 {
     child("cmbTyp")->setListIndex(4);
-    child("txtB")->setText(QStringLiteral("50"));
-    child("txtH")->setText(QStringLiteral("40"));
+    child("txtB")->setText(u"50"_s);
+    child("txtH")->setText(u"40"_s);
     child<QComboBox>("cmbFH")->setCurrentIndex(1);
-    child("txtSFor")->setText(QStringLiteral("IMG"));
-    child("txtRep")->setText(QStringLiteral("Bild"));
-    child("txtDst")->setText(QStringLiteral("/ziel"));
-    const RunParameters plain = card.runParameters({QStringLiteral("/a.jpg")});
-    EXPECT_EQ(plain.sources, QStringList {QStringLiteral("/a.jpg")});
+    child("txtSFor")->setText(u"IMG"_s);
+    child("txtRep")->setText(u"Bild"_s);
+    child("txtDst")->setText(u"/ziel"_s);
+    const RunParameters plain = card.runParameters({u"/a.jpg"_s});
+    EXPECT_EQ(plain.sources, QStringList {u"/a.jpg"_s});
     EXPECT_EQ(plain.changeStyle, ChangeStyle::FitRectangle);
-    EXPECT_EQ(plain.targetDirectory, QStringLiteral("/ziel"));
-    EXPECT_EQ(plain.searchText, QStringLiteral("IMG"));
-    EXPECT_EQ(plain.replaceText, QStringLiteral("Bild"));
+    EXPECT_EQ(QStringList({plain.targetDirectory, plain.searchText, plain.replaceText}),
+              QStringList({u"/ziel"_s, u"IMG"_s, u"Bild"_s}));
     EXPECT_EQ(plain.format, ImageFormat::Jpeg);
     EXPECT_FALSE(plain.keepDate || plain.copyExif || plain.keepDirectoryStructure || card.deleteSources());
     const FileInputs inputs = card.fileInputs();
-    EXPECT_EQ(inputs.widthText, QStringLiteral("50"));
-    EXPECT_EQ(inputs.heightText, QStringLiteral("40"));
-    EXPECT_EQ(inputs.widthUnit, -1); // nothing chosen yet: check() picks the first
-    EXPECT_EQ(inputs.heightUnit, 1);
+    EXPECT_EQ(QStringList({inputs.widthText, inputs.heightText}), QStringList({u"50"_s, u"40"_s}));
+    // No width unit chosen yet: check() picks the first.
+    EXPECT_EQ(QList<int>({inputs.widthUnit, inputs.heightUnit}), QList<int>({-1, 1}));
 
-    const struct
-    {
-        int option; ///< index in optDF
-        const char *box;
-        ImageFormat format;
-        bool RunParameters::*flag;
-    } cases[] = {
+    // The format's index in optDF, a check box and the flag it sets.
+    const std::tuple<int, const char *, ImageFormat, bool RunParameters::*> cases[] = {
         {1, "chkDU", ImageFormat::Png, &RunParameters::keepDate},
         {2, "chkEXF", ImageFormat::WebP, &RunParameters::copyExif},
         {3, "chkKeepDir", ImageFormat::Avif, &RunParameters::keepDirectoryStructure},
     };
-    for (const auto &c : cases) {
-        child<QRadioButton>("optDF", c.option)->setChecked(true);
-        child<QCheckBox>(c.box)->setChecked(true);
+    for (const auto &[option, box, format, flag] : cases) {
+        child<QRadioButton>("optDF", option)->setChecked(true);
+        child<QCheckBox>(box)->setChecked(true);
         const RunParameters parameters = card.runParameters({});
-        EXPECT_EQ(parameters.format, c.format) << c.box;
-        EXPECT_TRUE(parameters.*c.flag) << c.box;
-        child<QCheckBox>(c.box)->setChecked(false);
+        EXPECT_EQ(parameters.format, format) << box;
+        EXPECT_TRUE(parameters.*flag) << box;
+        child<QCheckBox>(box)->setChecked(false);
     }
     child<QCheckBox>("chkDel")->setChecked(true);
     EXPECT_TRUE(card.deleteSources());
@@ -108,34 +102,30 @@ TEST_F(ParameterCardTest, RunParametersFollowTheControls)
 
 TEST_F(ParameterCardTest, StyleRelabelsAndEnablesTheInputsWithTheirUnits)
 {
-    const struct
-    {
-        int style;
-        const char *widthLabel;
-        bool width;
-        bool height;
-    } cases[] = {{3, "Seitenlänge :", true, false}, {1, "Breite :", false, true}, {0, "Breite :", true, true}};
-    for (const auto &c : cases) {
-        child("cmbTyp")->setListIndex(c.style);
-        EXPECT_EQ(child("txtB")->caption().toStdString(), c.widthLabel) << c.style;
-        EXPECT_EQ(child("txtB")->textEnabled(), c.width) << c.style;
-        EXPECT_EQ(child<QComboBox>("cmbFB")->isEnabled(), c.width) << c.style;
-        EXPECT_EQ(child("txtH")->textEnabled(), c.height) << c.style;
-        EXPECT_EQ(child<QComboBox>("cmbFH")->isEnabled(), c.height) << c.style;
+    // Style, the width input's label, whether width and height are enabled.
+    const std::tuple<int, const char *, bool, bool> cases[] = {
+        {3, "Seitenlänge :", true, false}, {1, "Breite :", false, true}, {0, "Breite :", true, true}};
+    for (const auto &[style, widthLabel, width, height] : cases) {
+        child("cmbTyp")->setListIndex(style);
+        EXPECT_EQ(child("txtB")->caption().toStdString(), widthLabel) << style;
+        EXPECT_EQ(QList<bool>({child("txtB")->textEnabled(), child<QComboBox>("cmbFB")->isEnabled()}),
+                  QList<bool>(2, width)) << style;
+        EXPECT_EQ(QList<bool>({child("txtH")->textEnabled(), child<QComboBox>("cmbFH")->isEnabled()}),
+                  QList<bool>(2, height)) << style;
     }
 }
 
 TEST_F(ParameterCardTest, APickedPresetFillsBothInputsAndCanBePickedAgain)
 {
-    const QString settings = sandbox.filePath(QStringLiteral("v.ini"));
-    writeIniString(settings, QStringLiteral("FMT_169"), QStringLiteral("01"), QStringLiteral("0800x0450"));
+    const QString settings = sandbox.filePath(u"v.ini"_s);
+    writeIniString(settings, u"FMT_169"_s, u"01"_s, u"0800x0450"_s);
     card.fillLists(settings);
     VxLineIn *preset = child("cmbFMT", 3);
     for (int pick = 0; pick < 2; ++pick) {
-        child("txtB")->setText(QStringLiteral("1"));
+        child("txtB")->setText(u"1"_s);
         preset->setListIndex(0);
-        EXPECT_EQ(child("txtB")->text(), QStringLiteral("800"));
-        EXPECT_EQ(child("txtH")->text(), QStringLiteral("450"));
+        EXPECT_EQ(child("txtB")->text(), u"800"_s);
+        EXPECT_EQ(child("txtH")->text(), u"450"_s);
         EXPECT_EQ(preset->listIndex(), -1);
     }
 }
@@ -143,11 +133,11 @@ TEST_F(ParameterCardTest, APickedPresetFillsBothInputsAndCanBePickedAgain)
 TEST_F(ParameterCardTest, TargetFolderButtonFillsTheLineUnlessCancelled)
 {
     VxLineIn *target = child("txtDst");
-    target->setText(QStringLiteral("/alt"));
+    target->setText(u"/alt"_s);
     dialogs->nextFolder = sandbox.path();
     target->clickButton();
     EXPECT_EQ(target->text(), sandbox.path());
-    EXPECT_EQ(dialogs->lastStartFolder, QStringLiteral("/alt"));
+    EXPECT_EQ(dialogs->lastStartFolder, u"/alt"_s);
     target->clickButton(); // cancelled
     EXPECT_EQ(target->text(), sandbox.path());
 }

@@ -12,13 +12,6 @@ namespace valtrona::test {
 class ScriptedDialogs : public UserDialogs
 {
 public:
-    struct Shown
-    {
-        QString kind; // "information", "question", "plain", "openFiles", "chooseFolder"
-        QString title;
-        QString text;
-    };
-
     void information(QWidget *parent, const QString &title, const QString &text) override;
     bool askYesNo(QWidget *parent, const QString &title, const QString &text) override;
     void plainMessage(QWidget *parent, const QString &title, const QString &text) override;
@@ -32,12 +25,11 @@ public:
     /// Result of the next folder dialog (then cleared).
     QString nextFolder;
 
-    QList<Shown> shown;
+    /// Every dialog shown, as "kind|title|text"; the kinds are "information",
+    /// "question", "plain", "openFiles" and "chooseFolder" (these two without text).
+    QStringList shown;
     QStringList lastFilters;
     QString lastStartFolder;
-
-    /// Texts of everything shown, in order.
-    QStringList texts() const;
 };
 
 } // namespace valtrona::test

@@ -2,7 +2,6 @@
 #include <QFontMetrics>
 #include <QImage>
 #include <QPainter>
-#include <QSet>
 #include <QSignalSpy>
 #include <QTest>
 #include <QVBoxLayout>
@@ -24,27 +23,10 @@ namespace {
 constexpr int percentType = 3;
 constexpr int rangeType = 4;
 
-TEST(BorderStyleNames, DisplayTextIsCodeDashName)
-{
-    const std::pair<int, const char16_t *> cases[] = {
-        {0, u"0 - Threed Inner"}, {12, u"12 - Line Horzizontal"}, {16, u"16 - PictureBox"},
-        {20, u"20 - Single Border"}, {21, u"21 - "}, {-1, u"-1 - "},
-    };
-    for (const auto &[code, text] : cases)
-        EXPECT_EQ(borderStyleDisplayText(code), QString::fromUtf16(text)) << code;
-    const QStringList all = borderStyleDisplayTexts();
-    ASSERT_EQ(all.size(), 21);
-    EXPECT_EQ(QSet<QString>(all.begin(), all.end()).size(), 21) << "names must be unique";
-}
-
 TEST(BorderGeometry, MarginsFollowStyleLineWidthAndSwitchedLines)
 {
-    const struct
-    {
-        int style, lineWidth;
-        bool outer, inner;
-        QMargins expected;
-    } cases[] = {
+    // Style, line width, FrameOuter, FrameInner; the margins the border takes.
+    const std::tuple<int, int, bool, bool, QMargins> cases[] = {
         {BorderStyleCode::ThreedInner, 1, true, true, {1, 1, 1, 1}},
         {BorderStyleCode::PictureBox, 3, true, true, {6, 6, 6, 6}},
         {BorderStyleCode::PictureBox, 0, true, true, {2, 2, 2, 2}},   // width 0 draws 1 px lines
@@ -57,9 +39,9 @@ TEST(BorderGeometry, MarginsFollowStyleLineWidthAndSwitchedLines)
         {BorderStyleCode::Label, 1, true, true, {0, 0, 0, 0}},
         {42, 1, true, true, {0, 0, 0, 0}},
     };
-    for (const auto &c : cases)
-        EXPECT_EQ(borderMargins({c.style, c.lineWidth, c.outer, c.inner}), c.expected)
-            << "style " << c.style << " width " << c.lineWidth;
+    for (const auto &[style, lineWidth, outer, inner, expected] : cases)
+        EXPECT_EQ(borderMargins({style, lineWidth, outer, inner}), expected)
+            << "style " << style << " width " << lineWidth;
 }
 
 TEST(BorderDrawing, EachStyleLightsItsOwnEdges)
@@ -72,44 +54,36 @@ TEST(BorderDrawing, EachStyleLightsItsOwnEdges)
     palette.setColor(QPalette::Dark, dark);
     palette.setColor(QPalette::Shadow, shadow);
     palette.setColor(QPalette::WindowText, text);
-    const struct
-    {
-        BorderOptions options;
-        QColor top, left, bottom, right;
-    } cases[] = {
+    // Options, then the colours of the top, left, bottom and right edge.
+    const std::tuple<BorderOptions, QColor, QColor, QColor, QColor> cases[] = {
         {{BorderStyleCode::ThreedInner}, dark, dark, light, light}, // sunken
         {{BorderStyleCode::ThreedOuter}, light, light, dark, dark}, // raised
         {{BorderStyleCode::SingleBlack}, Qt::black, Qt::black, Qt::black, Qt::black},
-        {{BorderStyleCode::SingleWhite}, Qt::white, Qt::white, Qt::white, Qt::white},
         {{BorderStyleCode::Button}, light, light, shadow, shadow},
         {{BorderStyleCode::ButtonDown}, shadow, shadow, light, light},
         {{BorderStyleCode::SingleBorder}, text, text, text, text},
         {{BorderStyleCode::LineHorizontal}, dark, gray, gray, gray},
         {{BorderStyleCode::MenuLines}, light, gray, dark, gray},
-        {{BorderStyleCode::NoBorder}, gray, gray, gray, gray},
         {{BorderStyleCode::Button, 1, true, true, true}, light, light, dark, dark}, // LightBorders soften
         {{BorderStyleCode::PictureBox, 1, false}, gray, gray, gray, gray}, // FrameOuter off
     };
-    for (const auto &c : cases) {
+    for (const auto &[options, top, left, bottom, right] : cases) {
         QImage canvas(40, 30, QImage::Format_RGB32);
         canvas.fill(gray);
         QPainter painter(&canvas);
-        drawBorder(painter, canvas.rect(), palette, c.options);
+        drawBorder(painter, canvas.rect(), palette, options);
         painter.end();
         const QList<QColor> edges {canvas.pixelColor(20, 0), canvas.pixelColor(0, 15), canvas.pixelColor(20, 29),
                                    canvas.pixelColor(39, 15), canvas.pixelColor(20, 15)};
-        EXPECT_EQ(edges, QList<QColor>({c.top, c.left, c.bottom, c.right, gray}))
-            << borderStyleName(c.options.style).toStdString() << ": top, left, bottom, right, inside";
+        EXPECT_EQ(edges, QList<QColor>({top, left, bottom, right, gray}))
+            << borderStyleName(options.style).toStdString() << ": top, left, bottom, right, inside";
     }
 }
 
 TEST(FloodPercent, RoundsHalfToEvenClampsAndTakesTheShortcuts)
 {
-    const struct
-    {
-        int type, percent, value, min, max;
-        std::optional<int> expected;
-    } cases[] = {
+    // FloodType, FloodPercent, Value, Min, Max; the percentage shown.
+    const std::tuple<int, int, int, int, int, std::optional<int>> cases[] = {
         {3, 37, 0, 0, 0, 37},   {3, 150, 0, 0, 0, 100}, {3, -5, 0, 0, 0, 0},
         {4, 0, 1, 0, 200, 0},   // 0.5 -> 0
         {4, 0, 3, 0, 200, 2},   // 1.5 -> 2
@@ -122,10 +96,9 @@ TEST(FloodPercent, RoundsHalfToEvenClampsAndTakesTheShortcuts)
         {4, 0, 5, -10, 10, 75}, {4, 0, 7, 10, 0, 30}, // a falling range still works
         {-1, 50, 5, 0, 10, std::nullopt}, {0, 50, 5, 0, 10, std::nullopt}, {5, 50, 5, 0, 10, std::nullopt},
     };
-    for (const auto &c : cases)
-        EXPECT_EQ(FloodState::percentFor(c.type, c.percent, c.value, c.min, c.max), c.expected)
-            << "type " << c.type << " percent " << c.percent << " value " << c.value << " in " << c.min
-            << ".." << c.max;
+    for (const auto &[type, percent, value, min, max, expected] : cases)
+        EXPECT_EQ(FloodState::percentFor(type, percent, value, min, max), expected)
+            << "type " << type << " percent " << percent << " value " << value << " in " << min << ".." << max;
 }
 
 class VxContFlood : public ::testing::Test
@@ -146,53 +119,21 @@ TEST_F(VxContFlood, TimesFollowTheClockAndAnUnchangedPercentOnlyMovesTheTime)
     cont.setFloodType(percentType);
     cont.initFloodStartTime();
     QSignalSpy changed(&cont, &VxCont::floodPercentChanged);
-    const struct
-    {
-        double clock;
-        int percent;
-        int signals;
-        double elapsed, remaining;
-    } steps[] = {
+    // Clock, FloodPercent; signals so far, elapsed and remaining seconds.
+    const std::tuple<double, int, int, double, double> steps[] = {
         {120.0, 40, 1, 20.0, 30.0},
         {130.0, 40, 1, 30.0, 45.0}, // same percentage: no redraw, the remaining time grows
         {140.0, 80, 2, 40.0, 10.0},
         {150.0, 0, 3, 50.0, 0.0},   // 0 % must not divide by zero
     };
-    for (const auto &s : steps) {
-        clock = s.clock;
-        cont.setFloodPercent(s.percent);
-        EXPECT_EQ(changed.count(), s.signals) << s.clock;
-        EXPECT_DOUBLE_EQ(cont.aktualFloodTime(), s.elapsed) << s.clock;
-        EXPECT_DOUBLE_EQ(cont.aktualFloodRemainingTime(), s.remaining) << s.clock;
+    for (const auto &[now, percent, signals, elapsed, remaining] : steps) {
+        clock = now;
+        cont.setFloodPercent(percent);
+        EXPECT_EQ(changed.count(), signals) << now;
+        EXPECT_DOUBLE_EQ(cont.aktualFloodTime(), elapsed) << now;
+        EXPECT_DOUBLE_EQ(cont.aktualFloodRemainingTime(), remaining) << now;
     }
     EXPECT_EQ(changed.value(1).value(0).toInt(), 80);
-
-    clock = 86390.0;
-    cont.initFloodStartTime();
-    EXPECT_DOUBLE_EQ(cont.aktualFloodTime(), -86390.0) << "last update time is 0 after the start";
-    clock = 10.0; // the run passed midnight
-    cont.setFloodPercent(50);
-    EXPECT_DOUBLE_EQ(cont.aktualFloodTime(), -86380.0);
-}
-
-TEST_F(VxContFlood, RangeTypeFollowsValueMinAndMaxAndNoTypeNeverUpdates)
-{
-    cont.setFloodType(rangeType);
-    cont.setMax(8);
-    cont.setValue(3);
-    EXPECT_EQ(cont.floodPercent(), 38);
-    cont.setMax(0);
-    EXPECT_EQ(cont.floodPercent(), 0) << "Min = Max gives an empty bar";
-
-    VxCont none;
-    none.setFloodClock([this] { return clock; });
-    QSignalSpy changed(&none, &VxCont::floodPercentChanged);
-    none.initFloodStartTime();
-    none.setFloodPercent(50);
-    none.setValue(5);
-    EXPECT_EQ(changed.count(), 0);
-    EXPECT_EQ(none.floodPercent(), 50) << "keeps the given percentage";
-    EXPECT_DOUBLE_EQ(none.aktualFloodTime(), -100.0) << "no update time recorded";
 }
 
 TEST_F(VxContFlood, UnchangedPercentCausesNoRepaint)
@@ -223,45 +164,6 @@ TEST_F(VxContFlood, UnchangedPercentCausesNoRepaint)
     EXPECT_GT(counter.paints, 0);
 }
 
-// Whether the bar is red at 25 % and at 75 % of the work area's width, along
-// its middle row (the raised bar shades the colour, so red means dominant).
-std::pair<bool, bool> redAt25And75(VxCont &cont, int channel = 0)
-{
-    const QImage image = test::rendered(cont);
-    const QRect work = cont.workArea();
-    const auto filled = [&](int x) {
-        const QColor c = image.pixelColor(x, work.center().y());
-        const int values[] = {c.red(), c.green(), c.blue()};
-        return values[channel] > 120 && values[channel] > values[(channel + 1) % 3] + 80
-            && values[channel] > values[(channel + 2) % 3] + 80;
-    };
-    return {filled(work.left() + work.width() / 4), filled(work.left() + work.width() * 3 / 4)};
-}
-
-TEST_F(VxContFlood, BarFillsInProportionAndOnlyForKnownTypes)
-{
-    cont.setFloodColor(0x0000FF);
-    cont.setFloodType(percentType);
-    cont.setFloodPercent(50);
-    const std::pair<int, bool> cases[] = {{0, true}, {2, true}, {3, false /* no FloodBackImage yet */},
-                                          {4, false}, {-1, false}};
-    for (const auto &[barType, filled] : cases) {
-        cont.setFloodBarType(barType);
-        EXPECT_EQ(redAt25And75(cont), std::make_pair(filled, false)) << "bar type " << barType;
-    }
-    QPixmap image(8, 8);
-    image.fill(Qt::green);
-    cont.setFloodBackImage(image);
-    cont.setFloodBarType(3);
-    EXPECT_EQ(redAt25And75(cont, 1), std::make_pair(true, false)) << "FloodBackImage over the filled part";
-
-    cont.setFloodPercent(100);
-    cont.setFloodBarType(0);
-    EXPECT_EQ(redAt25And75(cont), std::make_pair(true, true));
-    cont.setFloodType(-1);
-    EXPECT_EQ(redAt25And75(cont), std::make_pair(false, false)) << "no flood type, no bar";
-}
-
 TEST(VxContLayout, WorkAreaByControlStyleOffsetsAndFrameCaption)
 {
     VxCont cont;
@@ -278,17 +180,10 @@ TEST(VxContLayout, WorkAreaByControlStyleOffsetsAndFrameCaption)
         cont.setControlStyle(style);
         EXPECT_EQ(cont.workArea(), work) << "ControlStyle " << style;
     }
-    cont.setControlStyle(0);
-    cont.setOuterOffset(3);
-    cont.setTopOffset(10);
-    cont.setWorkHeight(40);
-    EXPECT_EQ(cont.workArea(), QRect(9, 19, 182, 40));
-
     // A frame caption pushes the work area below itself.
-    cont.setWorkHeight(0);
-    cont.setTopOffset(0);
+    cont.setControlStyle(0);
     cont.setCaptionFrame(u"Optionen"_s);
-    EXPECT_GT(cont.workArea().top(), 9 + QFontMetrics(cont.font()).height() / 2);
+    EXPECT_GT(cont.workArea().top(), 6 + QFontMetrics(cont.font()).height() / 2);
 
     // A layout set on the container keeps its widgets in the work area.
     auto *layout = new QVBoxLayout(&cont);
@@ -314,21 +209,18 @@ TEST(VxContPainting, CaptionAlignmentAndBackStyle)
     cont->setForeColor(0x000000);
     cont->setCaption(u"XX"_s);
 
+    // Alignment, vertical alignment, BackStyle; where the caption shows and
+    // whether the container paints its background.
     enum Third { Start, Middle, End };
-    const struct
-    {
-        int horizontal, vertical, backStyle;
-        Third column, row;
-        bool white;
-    } cases[] = {
+    const std::tuple<int, int, int, Third, Third, bool> cases[] = {
         {0, 0, 1, Start, Start, true},   {1, 2, 1, End, End, true},
         {2, 1, 0, Middle, Middle, false}, // BackStyle 0 lets the window show through
         {7, 9, 5, Start, Middle, false},  // unknown: left, middle, transparent
     };
-    for (const auto &c : cases) {
-        cont->setAlignment(c.horizontal);
-        cont->setAlignmentVertical(c.vertical);
-        cont->setBackStyle(c.backStyle);
+    for (const auto &[horizontal, vertical, backStyle, column, row, white] : cases) {
+        cont->setAlignment(horizontal);
+        cont->setAlignmentVertical(vertical);
+        cont->setBackStyle(backStyle);
         const QImage image = test::rendered(window);
         QRect ink;
         for (int y = 0; y < image.height(); ++y)
@@ -336,34 +228,10 @@ TEST(VxContPainting, CaptionAlignmentAndBackStyle)
                 if (qGray(image.pixel(x, y)) < 40)
                     ink |= QRect(x, y, 1, 1);
         const QPoint centre = ink.center();
-        EXPECT_EQ(Third(3 * centre.x() / 300), c.column) << c.horizontal;
-        EXPECT_EQ(Third(3 * centre.y() / 150), c.row) << c.vertical;
-        EXPECT_EQ(image.pixelColor(2, 2) == QColor(Qt::white), c.white) << "BackStyle " << c.backStyle;
+        EXPECT_EQ(Third(3 * centre.x() / 300), column) << horizontal;
+        EXPECT_EQ(Third(3 * centre.y() / 150), row) << vertical;
+        EXPECT_EQ(image.pixelColor(2, 2) == QColor(Qt::white), white) << "BackStyle " << backStyle;
     }
-}
-
-TEST(VxContLanguage, CaptionsSwitchOnlyWithCtlUseLngAndKeepTheDesignedCaption)
-{
-    VxCont cont;
-    cont.setCaption(u"Ziel"_s);
-    EXPECT_TRUE(cont.ctlSetUserControlLanguage(u"Caption"_s, u"Target"_s));
-    EXPECT_TRUE(cont.ctlSetUserControlLanguage(u"Caption"_s, u"Cible"_s));
-    EXPECT_EQ(cont.caption(), u"Cible"_s);
-    EXPECT_EQ(cont.captionStored(), u"Ziel"_s);
-    EXPECT_FALSE(cont.ctlSetUserControlLanguage(u"BorderStyle"_s, u"x"_s));
-    EXPECT_TRUE(cont.ctlSetUserControlLanguage(u"ToolTip"_s, u"Hinweis"_s));
-    EXPECT_EQ(cont.toolTip(), u"Hinweis"_s);
-
-    cont.setCtlUseLng(0);
-    EXPECT_FALSE(cont.ctlSetUserControlLanguage(u"Caption"_s, u"Ziel"_s));
-    EXPECT_EQ(cont.caption(), u"Cible"_s);
-    EXPECT_TRUE(cont.ctlEnumAllCaptionsInUCtl().isEmpty());
-
-    QPixmap picture(4, 4);
-    picture.fill(Qt::red);
-    cont.setPicture(picture);
-    cont.terminateControl();
-    EXPECT_TRUE(cont.picture().isNull());
 }
 
 } // namespace
