@@ -1,8 +1,5 @@
 #include "batch/sizerules.h"
 
-#include "core/inifile.h"
-#include "core/settings.h"
-#include "support/testsupport.h"
 
 #include <gtest/gtest.h>
 
@@ -163,17 +160,6 @@ TEST(PresetTest, SplitsAtLowerCaseX)
             EXPECT_EQ(size->heightText(), c.texts->second) << c.entry.toStdString();
         }
     }
-}
-
-TEST(PresetTest, ListsComeFromTheSettingsFile)
-{
-    test::Sandbox sandbox;
-    const QString file = sandbox.writeFile(u"v.ini"_s,
-        "[fmt_169]\r\n01=0180x0101\r\n; mine\r\nextra=0999x0562\r\n\r\n[FMT_43]\r\n01=0800x0600\r\n"_ba);
-    EXPECT_EQ(presetEntries(file, u"169"_s), (QStringList {u"0180x0101"_s, u"0999x0562"_s}));
-    EXPECT_EQ(presetEntries(file, u"43"_s), QStringList {u"0800x0600"_s});
-    EXPECT_TRUE(presetEntries(file, u"32"_s).isEmpty());
-    EXPECT_TRUE(presetEntries(sandbox.filePath(u"missing.ini"_s), u"43"_s).isEmpty());
 }
 
 } // namespace

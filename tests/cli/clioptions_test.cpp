@@ -206,12 +206,4 @@ TEST(CollectSources, AddsInOrderWithoutDuplicates)
     EXPECT_EQ(*sources, expected);
 }
 
-TEST(CollectSources, MissingDirectoryIsRefused)
-{
-    test::Sandbox box;
-    const auto sources = collectSources({{Kind::Directory, box.filePath(u"fehlt"_s)}}, nullptr);
-    ASSERT_FALSE(sources.has_value());
-    EXPECT_TRUE(sources.error().contains(u"fehlt"_s));
-}
-
 } // namespace
