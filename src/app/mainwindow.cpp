@@ -351,7 +351,9 @@ bool MainWindow::validateCard(int n)
         return false;
     }
     if (n == 2 && !m_parameterCard->saveLastParameters(m_env.settingsPath)) {
-        // Parameters that cannot be kept for the next start never hold up a run.
+        // Parameters that cannot be kept for the next start never hold up a
+        // run; whoever started the program from a terminal hears of it.
+        qWarning("valtrona: Parameter nicht gespeichert: %s", qPrintable(m_env.settingsPath));
     }
     return true;
 }
