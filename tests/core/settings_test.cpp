@@ -66,8 +66,9 @@ TEST(SeedDefaultSettingsTest, RestoresEmptiedKeysAndKeepsTheUsers)
     // tidy pass cuts a value at a bracket, so the keys seeded after it land
     // below "[2]".
     const QByteArray bytes = test::readAll(file);
-    const QByteArray head = "; my settings\r\n\r\n[LAST]\r\nWidth=1024\r\nHeight=480\r\nSFOR=\r\nPath=/srv/out\r\n\r\n"
-                            "[2]\r\nStyle=3\r\nWU=0\r\nHU=0\r\n\r\n[fmt_43]\r\n01=0100x0075\r\n99=0999x0749\r\n02=0210x0158\r\n";
+    const QByteArray head =
+        "; my settings\r\n\r\n[LAST]\r\nWidth=1024\r\nHeight=480\r\nSFOR=\r\nPath=/srv/out\r\n\r\n"
+        "[2]\r\nStyle=3\r\nWU=0\r\nHU=0\r\n\r\n[fmt_43]\r\n01=0100x0075\r\n99=0999x0749\r\n02=0210x0158\r\n";
     EXPECT_EQ(bytes.left(head.size()).toStdString(), head.toStdString());
     EXPECT_EQ(tidiedIniText(bytes), bytes);
 }
