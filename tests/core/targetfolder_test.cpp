@@ -45,19 +45,9 @@ TEST(TargetFolder, RelativePathsStayInsideTheFolder)
 {
     Sandbox box;
     const files::TargetFolder folder = openFolder(box.filePath(u"out/"_s));
-    struct Case
-    {
-        QString target;
-        std::optional<QString> relative;
-    };
-    const Case cases[] = {
-        {box.filePath(u"out//sub/./b.jpg"_s), u"sub/b.jpg"_s},
-        {box.filePath(u"out/sub/../../x.jpg"_s), std::nullopt},
-        {box.filePath(u"out"_s), std::nullopt},
-        {box.filePath(u"outer/a.jpg"_s), std::nullopt},
-    };
-    for (const Case &c : cases)
-        EXPECT_EQ(folder.relativePath(c.target), c.relative) << c.target.toStdString();
+    EXPECT_EQ(folder.relativePath(box.filePath(u"out//sub/./b.jpg"_s)), u"sub/b.jpg"_s);
+    for (const QString &outside : {u"out/sub/../../x.jpg"_s, u"out"_s, u"outer/a.jpg"_s})
+        EXPECT_EQ(folder.relativePath(box.filePath(outside)), std::nullopt) << outside.toStdString();
 
     // The folder's own text may hold ".." and be relative; targets built on
     // that text are recognised.
