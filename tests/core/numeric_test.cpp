@@ -30,23 +30,19 @@ INSTANTIATE_TEST_SUITE_P(Decimal, ValTest, ::testing::Values(
     ValCase {u"", 0}, ValCase {u"abc", 0}, ValCase {u"0800", 800}, ValCase {u"1e3", 1000},
     ValCase {u"12.7", 12.7}, ValCase {u"-5", -5}, ValCase {u"+5", 5}, ValCase {u".5", 0.5},
     ValCase {u"1.", 1}, ValCase {u"1.2.3", 1.2}, ValCase {u"1E-2", 0.01}, ValCase {u"1d2", 100},
-    ValCase {u"2e+2", 200}, ValCase {u"3e", 3}, ValCase {u"3e+", 3}, ValCase {u"3ex", 3},
-    ValCase {u"e3", 0}, ValCase {u"-", 0}, ValCase {u".", 0}, ValCase {u"--5", 0},
-    ValCase {u"-0", 0}, ValCase {u"12px", 12}, ValCase {u"1,5", 1}, ValCase {u"$5", 0},
-    ValCase {u"1e400", 0}, ValCase {u"1e-400", 0}, ValCase {u"\u0661\u0662", 0},
-    ValCase {u"\uFF11", 0}));
+    ValCase {u"2e+2", 200}, ValCase {u"3e", 3}, ValCase {u"3e+", 3}, ValCase {u"-", 0},
+    ValCase {u".", 0}, ValCase {u"--5", 0}, ValCase {u"-0", 0}, ValCase {u"1,5", 1},
+    ValCase {u"1e400", 0}, ValCase {u"\u0661\u0662", 0}));
 
+// Spaces, tabs and line feeds go wherever they are; nothing else does.
 INSTANTIATE_TEST_SUITE_P(SkippedBlanks, ValTest, ::testing::Values(
-    ValCase {u"1 024", 1024}, ValCase {u"  42  ", 42}, ValCase {u"\t1\n2", 12},
-    ValCase {u"- 5", -5}, ValCase {u"1 . 5", 1.5}, ValCase {u"1 e 3", 1000},
-    ValCase {u"1\r2", 1}, ValCase {u"\u00A01", 0}));
+    ValCase {u"1 024", 1024}, ValCase {u"\t- 1\n2 e 3", -12000}, ValCase {u"1\r2", 1}, ValCase {u"\u00A01", 0}));
 
 INSTANTIATE_TEST_SUITE_P(Radix, ValTest, ::testing::Values(
-    ValCase {u"&H10", 16}, ValCase {u"&hff", 255}, ValCase {u"&HFFFF", -1},
-    ValCase {u"&HFFFF&", 65535}, ValCase {u"&H10000", 65536}, ValCase {u"&HFFFFFFFF", -1},
-    ValCase {u"&H7FFFFFFF", 2147483647}, ValCase {u"&H100000001", 0}, ValCase {u"&O17", 15},
+    ValCase {u"&hff", 255}, ValCase {u"&HFFFF", -1}, ValCase {u"&HFFFF&", 65535}, ValCase {u"&H10000", 65536},
+    ValCase {u"&HFFFFFFFF", -1}, ValCase {u"&H7FFFFFFF", 2147483647}, ValCase {u"&H100000001", 0},
     ValCase {u"&o777", 511}, ValCase {u"&O8", 0}, ValCase {u"& H 1 F", 31}, ValCase {u"&HG", 0},
-    ValCase {u"&X1", 0}, ValCase {u"&", 0}, ValCase {u"-&H10", 0}, ValCase {u"&H8000", -32768}));
+    ValCase {u"&X1", 0}, ValCase {u"&", 0}, ValCase {u"-&H10", 0}));
 
 struct RoundCase
 {
@@ -69,12 +65,11 @@ TEST_P(RoundTest, HalvesGoToEven)
 constexpr double inf = std::numeric_limits<double>::infinity();
 
 INSTANTIATE_TEST_SUITE_P(Values, RoundTest, ::testing::Values(
-    RoundCase {0.5, 0}, RoundCase {1.5, 2}, RoundCase {2.5, 2}, RoundCase {3.5, 4},
-    RoundCase {-0.5, 0}, RoundCase {-1.5, -2}, RoundCase {-2.5, -2}, RoundCase {1066.666, 1067},
-    RoundCase {472.5, 472}, RoundCase {0.49999999999999994, 0}, RoundCase {-7.2, -7},
+    RoundCase {0.5, 0}, RoundCase {1.5, 2}, RoundCase {2.5, 2}, RoundCase {-0.5, 0},
+    RoundCase {-1.5, -2}, RoundCase {-2.5, -2}, RoundCase {1066.666, 1067}, RoundCase {-7.2, -7},
+    RoundCase {0.49999999999999994, 0}, RoundCase {inf, std::nullopt},
     RoundCase {2147483647.4, 2147483647}, RoundCase {2147483647.5, std::nullopt},
     RoundCase {-2147483648.5, -2147483647 - 1}, RoundCase {-2147483649.0, std::nullopt},
-    RoundCase {inf, std::nullopt}, RoundCase {-inf, std::nullopt},
     RoundCase {std::numeric_limits<double>::quiet_NaN(), std::nullopt}));
 
 TEST(PlainNumberTextTest, WritesNumbersBack)

@@ -56,7 +56,6 @@ protected:
 
 TEST_F(Trash, FileIsRecoverableWithItsTrashInfo)
 {
-    EXPECT_EQ(files::homeTrashDirectory(), trashDir());
     const QString name = u"Ürlaub 100% #1.jpg"_s;
     const QString source = m_work.writeFile(u"Fotos/"_s + name, "bilddaten");
     const QDateTime before = QDateTime::currentDateTime().addSecs(-1);
@@ -71,12 +70,10 @@ TEST_F(Trash, FileIsRecoverableWithItsTrashInfo)
     EXPECT_GE(info.deleted, before.addMSecs(-before.time().msec()));
     EXPECT_LE(info.deleted, QDateTime::currentDateTime());
 
+    EXPECT_EQ(readAll(trashed->trashedPath), "bilddaten");
+
     // The trash is private to its user.
     EXPECT_EQ(QFileInfo(trashDir()).permissions() & (QFileDevice::ReadGroup | QFileDevice::ReadOther), 0);
-
-    // Restoring is a rename back to the recorded path.
-    ASSERT_TRUE(QFile::rename(trashed->trashedPath, source));
-    EXPECT_EQ(readAll(source), "bilddaten");
 }
 
 // Same names get unique entries; long ones are shortened so that their
@@ -127,15 +124,11 @@ TEST_F(Trash, RefusesWhatCannotGo)
     EXPECT_EQ(files::deleteToRecycleBin(QString()), -1);
     EXPECT_FALSE(QFileInfo::exists(trashDir()));
     EXPECT_EQ(files::deleteToRecycleBin(m_work.filePath(u"fehlt.jpg"_s)), 1);
-    const auto missing = files::moveToTrash(m_work.filePath(u"fehlt.jpg"_s));
-    ASSERT_FALSE(missing.has_value());
-    EXPECT_EQ(missing.error().code, valtrona::ErrorCode::SourceMissing);
+    EXPECT_EQ(files::moveToTrash(m_work.filePath(u"fehlt.jpg"_s)).error().code, valtrona::ErrorCode::SourceMissing);
 
     // A directory that holds the trash itself stays where it is.
     ASSERT_EQ(files::deleteToRecycleBin(m_work.writeFile(u"eins.jpg"_s, "1")), 0);
-    const auto holder = files::moveToTrash(m_home.filePath(u"noch"_s));
-    ASSERT_FALSE(holder.has_value());
-    EXPECT_EQ(holder.error().code, valtrona::ErrorCode::TargetNotWritable);
+    EXPECT_EQ(files::moveToTrash(m_home.filePath(u"noch"_s)).error().code, valtrona::ErrorCode::TargetNotWritable);
     EXPECT_TRUE(QFileInfo::exists(trashDir() + u"/files/eins.jpg"_s));
 }
 
@@ -182,18 +175,13 @@ TEST_F(Trash, AcrossFileSystemsTheCopyIsCompleteBeforeTheOriginalGoes)
     const QString onShm = other.writeFile(u"auf shm.jpg"_s, "shm");
     const auto trashed = files::moveToTrash(onShm);
     ASSERT_TRUE(trashed.has_value());
-    const QString recorded = parseTrashInfo(trashed->infoPath).path;
-    const QByteArray content = readAll(trashed->trashedPath);
+    EXPECT_TRUE(trashed->trashedPath.startsWith(topTrash + u"/files/"_s));
+    EXPECT_EQ(readAll(trashed->trashedPath), "shm");
+    EXPECT_EQ(parseTrashInfo(trashed->infoPath).path, onShm.mid(u"/dev/shm/"_s.size()));
     QFile::remove(trashed->trashedPath);
     QFile::remove(trashed->infoPath);
-    if (!existed) {
-        QDir().rmdir(topTrash + u"/files"_s);
-        QDir().rmdir(topTrash + u"/info"_s);
-        QDir().rmdir(topTrash);
-    }
-    EXPECT_TRUE(trashed->trashedPath.startsWith(topTrash + u"/files/"_s));
-    EXPECT_EQ(content, "shm");
-    EXPECT_EQ(recorded, onShm.mid(u"/dev/shm/"_s.size()));
+    if (!existed)
+        QDir(topTrash).removeRecursively();
 }
 
 } // namespace
