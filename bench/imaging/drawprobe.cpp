@@ -1,8 +1,8 @@
 // Draws one file the way a run does and prints what drawMemory() expected
 // next to what the drawing took: the rise of the process's peak resident
-// memory over what it held just before. Run as a child process by the
-// conversion test (one drawing per process, so peaks do not mix) and by
-// hand for larger files:
+// memory over what it held just before. One drawing per process, so peaks
+// do not mix; bench/memory.sh runs it over one file per decoder, and it can
+// be run by hand for any file:
 //
 //   imaging_drawprobe SOURCE WIDTH HEIGHT jpeg|png|webp|avif [WARM-UP SOURCE]
 //
