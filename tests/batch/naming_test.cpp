@@ -106,14 +106,6 @@ TEST(Naming, TargetPaths)
     }
 }
 
-TEST(Naming, FormatCodesIgnoreCaseAndAnUnknownOneGivesNone)
-{
-    const std::pair<const char *, std::optional<ImageFormat>> cases[] = {
-        {"J", jpeg}, {"p", png}, {"W", webp}, {"a", avif}, {"X", std::nullopt}, {"", std::nullopt}, {"JP", std::nullopt}};
-    for (const auto &[code, format] : cases)
-        EXPECT_EQ(valtrona::formatForCode(s(code)), format) << code;
-}
-
 TEST(Naming, RenameTouchesOnlyTheFileName)
 {
     struct Case { const char *target, *search, *replacement, *result; };

@@ -41,8 +41,6 @@ TEST(CliHost, FailedFileGetsItsReasonLine)
         // Beside the working directory, not below it: the full path.
         {u"/home/anna"_s, u"/home/anna2/x.jpg"_s, {ErrorCode::SourceMissing, {}},
          u"/home/anna2/x.jpg: Quelldatei nicht gefunden"_s, false},
-        {u"/"_s, u"/srv/a.jpg"_s, {ErrorCode::DiskFull, u"No space left"_s},
-         u"srv/a.jpg: Kein Platz mehr auf dem Zieldatenträger"_s, false},
         // Only the internal error carries its detail, on one line.
         {u"/home/anna"_s, u"/tmp/b.jpg"_s, {ErrorCode::Internal, u"VipsJpeg: out of\nmemory\n"_s},
          u"/tmp/b.jpg: Interner Fehler der Bildverarbeitung (VipsJpeg: out of memory)"_s, false},

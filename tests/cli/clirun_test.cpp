@@ -41,9 +41,9 @@ protected:
         ASSERT_TRUE(imaging::start());
     }
 
-    QString source(const QString &fixture, const QString &name = QString())
+    QString source(const QString &fixture)
     {
-        return box.copyData(u"run/"_s + fixture, u"src/"_s + (name.isEmpty() ? fixture : name));
+        return box.writeFile(u"src/"_s + fixture, test::readAll(test::dataPath(u"run/"_s + fixture)));
     }
 
     // `shell`: a bash script that runs the program as "$0" "$@".

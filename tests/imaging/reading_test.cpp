@@ -102,7 +102,8 @@ TEST_F(ReadingTest, PreviewsFitTheBoxAndShowThePicture)
     const PixelBuffer fromData = pixelsOf(imaging::loadPreviewFromData(readAll(png), 300, 200).value_or({}));
     EXPECT_TRUE(imagesClose(fromData, fromFile, 0, 0.0));
     EXPECT_TRUE(imagesClose(firstChannels(fromFile, 3), referenceResample(source, 300, 200), 8, 1.0));
-    EXPECT_EQ(channelMean(fromFile, 3), 255.0);
+    for (qsizetype alpha = 3; alpha < fromFile.bytes.size(); alpha += 4)
+        ASSERT_EQ(fromFile.bytes.at(alpha), char(255)) << "pixel " << alpha / 4;
 }
 
 } // namespace

@@ -70,15 +70,4 @@ double psnr(const PixelBuffer &a, const PixelBuffer &b)
     return 10.0 * std::log10(255.0 * 255.0 / mse);
 }
 
-double channelMean(const PixelBuffer &image, int channel)
-{
-    const qsizetype pixels = qsizetype(image.width) * image.height;
-    if (pixels == 0 || image.bytes.size() < pixels * image.channels)
-        return 0.0;
-    double total = 0;
-    for (qsizetype p = 0; p < pixels; ++p)
-        total += value(image, p * image.channels + channel);
-    return total / double(pixels);
-}
-
 } // namespace valtrona::test

@@ -29,7 +29,4 @@ struct PixelBuffer
 /// 0 when the geometry differs.
 double psnr(const PixelBuffer &a, const PixelBuffer &b);
 
-/// Mean of one channel over the whole buffer.
-double channelMean(const PixelBuffer &image, int channel);
-
 } // namespace valtrona::test

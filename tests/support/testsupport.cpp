@@ -80,15 +80,6 @@ QString Sandbox::writeFile(const QString &relative, const QByteArray &bytes) con
     return full;
 }
 
-QString Sandbox::copyData(const QString &dataRelative, const QString &relative) const
-{
-    const QString full = filePath(relative);
-    QDir().mkpath(QFileInfo(full).absolutePath());
-    QFile::remove(full);
-    EXPECT_TRUE(QFile::copy(dataPath(dataRelative), full)) << dataRelative.toStdString();
-    return full;
-}
-
 ScopedEnvironment::ScopedEnvironment(const char *name, const QString &value)
     : m_name(name), m_old(qgetenv(name)), m_wasSet(qEnvironmentVariableIsSet(name))
 {

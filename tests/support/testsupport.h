@@ -29,9 +29,6 @@ public:
     QString filePath(const QString &relative) const;
     /// Writes bytes to a file inside the sandbox (parents created); returns its path.
     QString writeFile(const QString &relative, const QByteArray &bytes) const;
-    /// Copies a file from tests/data to a name inside the sandbox, replacing
-    /// what is there (parents created); returns its path.
-    QString copyData(const QString &dataRelative, const QString &relative) const;
     /// Writes a file whose name inside the sandbox is given as the system's
     /// bytes, for names that are not UTF-8 (parents created); returns its
     /// full path as bytes.
