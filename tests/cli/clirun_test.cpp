@@ -77,14 +77,6 @@ protected:
     QString settings = box.filePath(u"valtrona.ini"_s);
 };
 
-TEST_F(CliRunTest, HelpIsGermanAndExitsZero)
-{
-    const CliResult result = runCli({u"--help"_s});
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_TRUE(result.out.startsWith(u"Aufruf: valtrona-cli"_s));
-    EXPECT_TRUE(result.out.contains(u"Rückgabewert"_s));
-}
-
 // Photos whose names are not UTF-8 (an old Latin-1 card) are listed with
 // the replacement character, converted, and written under their own bytes.
 TEST_F(CliRunTest, NamesThatAreNotUtf8AreConvertedUnderTheirOwnBytes)
