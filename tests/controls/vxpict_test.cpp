@@ -119,10 +119,7 @@ TEST_F(VxPictTest, PictureIsReadAtTheSizeShownAndAgainWhenTheViewGrows)
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
     view.setFileName(u"/bilder/gross.jpg"_s);
     EXPECT_EQ(QSize(view.pictureWidth(), view.pictureHeight()), QSize(4000, 3000));
-    const QSize work = view.workArea().size();
-    EXPECT_LE(view.pictureOrg().width(), int(std::ceil(work.width() * view.devicePixelRatioF())));
-    EXPECT_EQ(view.pictureRect(), picturePlacement(pictureShownSize({4000, 3000}, work, 0, 110, 1.0),
-                                                   view.workArea(), 4));
+    EXPECT_LE(view.pictureOrg().width(), int(std::ceil(view.workArea().width() * view.devicePixelRatioF())));
     const int before = view.pictureOrg().width();
     view.resize(600, 450);
     for (QDeadlineTimer deadline(3000); view.pictureOrg().width() <= before && !deadline.hasExpired();)
