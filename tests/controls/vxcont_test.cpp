@@ -1,4 +1,3 @@
-#include <QDeadlineTimer>
 #include <QFontMetrics>
 #include <QImage>
 #include <QSignalSpy>
@@ -115,9 +114,7 @@ TEST_F(VxContFlood, UnchangedPercentCausesNoRepaint)
     QCoreApplication::processEvents();
     EXPECT_EQ(counter.paints, 0);
     cont.setFloodPercent(31);
-    for (QDeadlineTimer deadline(3000); counter.paints == 0 && !deadline.hasExpired();)
-        QTest::qWait(10);
-    EXPECT_GT(counter.paints, 0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counter.paints > 0; }, 3000));
 }
 
 TEST(VxContLayout, WorkAreaByControlStyleOffsetsAndFrameCaption)

@@ -1,5 +1,3 @@
-#include <climits>
-
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
@@ -218,22 +216,6 @@ TEST(VxLineIn, TextIsSharedByEveryInputElementAndReportedOnce)
         line.setAlignment(code);
         EXPECT_EQ(line.findChild<QLabel *>(u"anz"_s)->alignment(), horizontal | Qt::AlignVCenter) << code;
     }
-}
-
-TEST(VxLineIn, ComboItemsCarryDataAndOutOfRangeReadsEmpty)
-{
-    VxLineIn line;
-    line.setControlStyle(1);
-    QSignalSpy change(&line, &VxLineIn::change);
-    line.addItem(u"Pixel"_s, 0);
-    EXPECT_EQ(line.addItem(u"Prozent"_s, 1), 1);
-    EXPECT_EQ(line.listIndex(), -1); // adding selects nothing
-    line.setListIndex(1);
-    EXPECT_EQ(line.itemData(line.listIndex()), 1);
-    EXPECT_EQ(line.itemData(INT_MAX), 0);
-    line.setListIndex(INT_MAX);
-    EXPECT_EQ(line.listIndex(), -1);
-    EXPECT_EQ(change.count(), 2);
 }
 
 TEST(VxLineIn, ComboStyleZeroIsEditableAndEveryOtherCodeADropDownList)

@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QDeadlineTimer>
 #include <QImageReader>
 #include <QMenu>
 #include <QSignalSpy>
@@ -122,9 +121,7 @@ TEST_F(VxPictTest, PictureIsReadAtTheSizeShownAndAgainWhenTheViewGrows)
     EXPECT_LE(view.pictureOrg().width(), int(std::ceil(view.workArea().width() * view.devicePixelRatioF())));
     const int before = view.pictureOrg().width();
     view.resize(600, 450);
-    for (QDeadlineTimer deadline(3000); view.pictureOrg().width() <= before && !deadline.hasExpired();)
-        QTest::qWait(10);
-    EXPECT_GT(view.pictureOrg().width(), before);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return view.pictureOrg().width() > before; }, 3000));
     EXPECT_EQ(loader->paths.size(), 2);
     EXPECT_GE(view.pictureOrg().width() + 1, view.displayWidth());
 }
