@@ -123,8 +123,7 @@ TEST_F(SettingsDialogTest, HelpListsTheCodesOfEachModeLine)
     dialog->line(6)->clickButton();
     ASSERT_EQ(dialogs->shown.size(), 1);
     EXPECT_TRUE(dialogs->shown.first().startsWith(u"information|GDI Parameterhilfe|0 = Default\n1 = LowQuality\n"_s));
-    EXPECT_EQ(dialog->line(6)->text(), u"7"_s); // the button changes nothing
-    EXPECT_FALSE(dialog->isDirty());
+    EXPECT_FALSE(dialog->isDirty()); // the button changes nothing
 }
 
 } // namespace

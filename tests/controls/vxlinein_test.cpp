@@ -263,18 +263,5 @@ TEST(VxLineIn, DroppedFilesReplaceTheTextAndRefusedDropsChangeNothing)
     }
 }
 
-// --- Label ---------------------------------------------------
-
-TEST(VxLineIn, CaptionTooWideIsCutWithAnEllipsis)
-{
-    VxLineIn line;
-    line.resize(400, 24);
-    line.setLabelWidth(40);
-    line.setCaption(u"GDI CompositingQuality :"_s);
-    const QLabel *label = line.findChild<QLabel *>(u"lbl"_s);
-    EXPECT_TRUE(label->text().endsWith(QChar(0x2026))) << label->text().toStdString();
-    EXPECT_EQ(label->toolTip(), u"GDI CompositingQuality :"_s);
-}
-
 } // namespace
 } // namespace valtrona
