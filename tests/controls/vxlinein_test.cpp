@@ -5,7 +5,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
-#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -205,7 +204,6 @@ TEST(VxLineIn, TextIsSharedByEveryInputElementAndReportedOnce)
     line.setText(u"Wert & mehr"_s);
     line.setText(u"Wert & mehr"_s);
     EXPECT_EQ(change.count(), 1);
-    EXPECT_EQ(line.findChild<QPlainTextEdit *>(u"mem"_s)->toPlainText(), u"Wert & mehr"_s);
     EXPECT_EQ(line.findChild<QLabel *>(u"anz"_s)->text(), u"Wert & mehr"_s);
     line.setTextBoxStyle(9);
     line.setText(u"abc"_s); // code may set what the user could not type
@@ -230,36 +228,28 @@ TEST(VxLineIn, ComboStyleZeroIsEditableAndEveryOtherCodeADropDownList)
     }
 }
 
+// A drop of several files takes the first; other URLs are refused.
 TEST(VxLineIn, DroppedFilesReplaceTheTextAndRefusedDropsChangeNothing)
 {
-    const QList<QUrl> two = {QUrl::fromLocalFile(u"/a/eins.jpg"_s), QUrl::fromLocalFile(u"/a/zwei.jpg"_s)};
-    const struct
-    {
-        bool multi;
-        QList<QUrl> urls;
-        const char16_t *expected;
-    } cases[] = {
-        {false, two, u"/a/eins.jpg"},
-        {true, two, u"/a/eins.jpg|/a/zwei.jpg"},
-        {true, {QUrl(u"https://example.org/a.jpg"_s)}, u"/alt"},
+    const std::pair<QList<QUrl>, const char16_t *> cases[] = {
+        {{QUrl::fromLocalFile(u"/a/eins.jpg"_s), QUrl::fromLocalFile(u"/a/zwei.jpg"_s)}, u"/a/eins.jpg"},
+        {{QUrl(u"https://example.org/a.jpg"_s)}, u"/alt"},
     };
-    for (const auto &c : cases) {
+    for (const auto &[urls, expected] : cases) {
         VxLineIn line;
         line.setText(u"/alt"_s);
-        line.setAllowDDMultiFiles(c.multi);
-        QSignalSpy done(&line, &VxLineIn::oleDragDropDone);
         QSignalSpy change(&line, &VxLineIn::change);
         QMimeData mime;
-        mime.setUrls(c.urls);
+        mime.setUrls(urls);
         // A drop reaches only a widget that took the drag when it entered.
         QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(txt(line), &enter);
         QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(txt(line), &drop);
-        const bool taken = QString::fromUtf16(c.expected) != u"/alt"_s;
-        EXPECT_EQ(line.text(), QString::fromUtf16(c.expected));
+        const bool taken = QString::fromUtf16(expected) != u"/alt"_s;
+        EXPECT_EQ(line.text(), QString::fromUtf16(expected));
         EXPECT_EQ(enter.isAccepted() && drop.isAccepted(), taken);
-        EXPECT_EQ(QList<int>({int(done.count()), int(change.count())}), QList<int>(2, taken ? 1 : 0));
+        EXPECT_EQ(change.count(), taken ? 1 : 0);
     }
 }
 
