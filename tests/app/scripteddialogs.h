@@ -1,8 +1,9 @@
 #pragma once
 
 #include <QList>
-#include <QString>
 #include <QStringList>
+
+#include <utility>
 
 #include "app/userdialogs.h"
 
@@ -12,11 +13,28 @@ namespace valtrona::test {
 class ScriptedDialogs : public UserDialogs
 {
 public:
-    void information(QWidget *parent, const QString &title, const QString &text) override;
-    bool askYesNo(QWidget *parent, const QString &title, const QString &text) override;
-    void plainMessage(QWidget *parent, const QString &title, const QString &text) override;
-    QStringList openFiles(QWidget *parent, const QString &title, const QStringList &filters) override;
-    QString chooseFolder(QWidget *parent, const QString &prompt, const QString &startFolder) override;
+    void information(QWidget *, const QString &title, const QString &text) override
+    {
+        record(u"information", title, text);
+    }
+    bool askYesNo(QWidget *, const QString &title, const QString &text) override
+    {
+        record(u"question", title, text);
+        return answers.isEmpty() || answers.takeFirst();
+    }
+    void plainMessage(QWidget *, const QString &title, const QString &text) override { record(u"plain", title, text); }
+    QStringList openFiles(QWidget *, const QString &title, const QStringList &filters) override
+    {
+        record(u"openFiles", title, QString());
+        lastFilters = filters;
+        return std::exchange(nextFiles, {});
+    }
+    QString chooseFolder(QWidget *, const QString &prompt, const QString &startFolder) override
+    {
+        record(u"chooseFolder", prompt, QString());
+        lastStartFolder = startFolder;
+        return std::exchange(nextFolder, {});
+    }
 
     /// Answers for the next questions, first in first out; Yes when none is left.
     QList<bool> answers;
@@ -30,6 +48,12 @@ public:
     QStringList shown;
     QStringList lastFilters;
     QString lastStartFolder;
+
+private:
+    void record(QStringView kind, const QString &title, const QString &text)
+    {
+        shown.append(kind.toString() + u'|' + title + u'|' + text);
+    }
 };
 
 } // namespace valtrona::test

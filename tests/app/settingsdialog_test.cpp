@@ -84,7 +84,6 @@ TEST_F(SettingsDialogTest, EveryWayOutAsksOnceAndWritesOnlyOnYes)
         open();
         type(5, u"70"_s);
         type(6, u"5"_s);
-        EXPECT_TRUE(dialog->isDirty());
         dialogs->shown.clear();
         dialogs->answers = {yes};
         switch (way) {
@@ -123,8 +122,7 @@ TEST_F(SettingsDialogTest, HelpListsTheCodesOfEachModeLine)
     dialog->line(6)->clickButton();
     ASSERT_EQ(dialogs->shown.size(), 1);
     EXPECT_TRUE(dialogs->shown.first().startsWith(u"information|GDI Parameterhilfe|0 = Default\n1 = LowQuality\n"_s));
-    EXPECT_EQ(dialog->line(6)->text(), u"7"_s); // the button changes nothing
-    EXPECT_FALSE(dialog->isDirty());
+    EXPECT_FALSE(dialog->isDirty()); // the button changes nothing
 }
 
 } // namespace

