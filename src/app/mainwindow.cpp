@@ -483,7 +483,6 @@ void MainWindow::onRunFinished(const RunSummary &summary)
     updateCountLabel();
     // Sources the run moved to the trash show as gone.
     m_sourceCard->list()->refreshAvailability();
-    Q_EMIT runFinished();
 
     if (m_closing) {
         shutDown();

@@ -84,10 +84,6 @@ public:
     SourceList *sourceList() const;
     StatusList *statusList() const;
 
-Q_SIGNALS:
-    /// A conversion run has ended (finished or stopped).
-    void runFinished();
-
 protected:
     void closeEvent(QCloseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
