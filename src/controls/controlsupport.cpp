@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include <QEvent>
 #include <QGuiApplication>
 #include <QHash>
 #include <QMessageBox>
@@ -177,6 +178,21 @@ LngPropertyType ControlHooks::ctlGetLngPropertyType(const QString &property) con
             return entry.second;
     }
     return LngPropertyType::None;
+}
+
+void followLookChange(QWidget *control, const QEvent *event, const std::function<void()> &relayout)
+{
+    switch (event->type()) {
+    case QEvent::PaletteChange:
+    case QEvent::FontChange:
+        relayout();
+        break;
+    case QEvent::EnabledChange:
+        control->update();
+        break;
+    default:
+        break;
+    }
 }
 
 int terminateControls(QWidget *window)

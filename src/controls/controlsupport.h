@@ -8,6 +8,7 @@
 
 #include "core/numeric.h"
 
+class QEvent;
 class QObject;
 class QWidget;
 
@@ -109,6 +110,11 @@ protected:
     /// The control's language-switchable properties with their kinds.
     virtual QList<QPair<QString, LngPropertyType>> lngProperties() const;
 };
+
+/// What a control does when its look changes (call it from changeEvent()):
+/// `relayout` on a palette or font change, a repaint when it is enabled or
+/// disabled.
+void followLookChange(QWidget *control, const QEvent *event, const std::function<void()> &relayout);
 
 /// Calls terminateControl() on every control below `window` that offers it
 /// (the window itself included). Returns how many were terminated.

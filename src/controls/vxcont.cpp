@@ -228,17 +228,7 @@ void VxCont::terminateControl()
 
 void VxCont::changeEvent(QEvent *event)
 {
-    switch (event->type()) {
-    case QEvent::PaletteChange:
-    case QEvent::FontChange:
-        refreshFrame();
-        break;
-    case QEvent::EnabledChange:
-        update();
-        break;
-    default:
-        break;
-    }
+    followLookChange(this, event, [this] { refreshFrame(); });
     QWidget::changeEvent(event);
 }
 

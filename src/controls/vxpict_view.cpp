@@ -267,17 +267,7 @@ void VxPict::wheelEvent(QWheelEvent *event)
 
 void VxPict::changeEvent(QEvent *event)
 {
-    switch (event->type()) {
-    case QEvent::FontChange:
-    case QEvent::PaletteChange:
-        relayout();
-        break;
-    case QEvent::EnabledChange:
-        update();
-        break;
-    default:
-        break;
-    }
+    followLookChange(this, event, [this] { relayout(); });
     QWidget::changeEvent(event);
 }
 
