@@ -46,10 +46,10 @@ namespace valtrona::files {
 QString fileNameFromNative(QByteArrayView bytes);
 
 /// The bytes of a path for the system: the reverse of fileNameFromNative().
-/// The queries and the walk below, the target folder and the imaging layer
-/// use it, so a photo with such a name is read, converted and written under
-/// its own bytes. Qt's file classes (and so the trash) turn such a byte into
-/// U+FFFD and do not reach the file.
+/// The queries and the walk below, the target folder, the trash and the
+/// imaging layer use it, so a photo with such a name is read, converted,
+/// written and trashed under its own bytes. Qt's file classes turn such a
+/// byte into U+FFFD and do not reach the file.
 QByteArray nativeFileName(const QString &path);
 
 // ---- Path text (no file-system access) ------------------------------------

@@ -4,12 +4,14 @@
 
 #include <QDateTime>
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <cstring>
+#include <optional>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -18,9 +20,83 @@ namespace valtrona::files {
 
 namespace {
 
+bool writeAll(int fd, QByteArrayView bytes)
+{
+    qsizetype done = 0;
+    while (done < bytes.size()) {
+        const ssize_t n = ::write(fd, bytes.constData() + done, size_t(bytes.size() - done));
+        if (n < 0) {
+            if (errno == EINTR)
+                continue;
+            return false;
+        }
+        done += n;
+    }
+    return true;
+}
+
+// Paths go to the system under their own bytes, so a photo from an old card
+// whose name is not UTF-8 reaches the trash like any other.
 QByteArray encoded(const QString &path)
 {
-    return QFile::encodeName(path);
+    return nativeFileName(path);
+}
+
+// The path with every link and "." or ".." resolved; empty when it is not there.
+QString canonicalPath(const QString &path)
+{
+    char resolved[PATH_MAX];
+    if (::realpath(encoded(path).constData(), resolved) == nullptr)
+        return {};
+    return fileNameFromNative(resolved);
+}
+
+// The names in a directory, "." and ".." left out; nothing when it cannot be read.
+std::optional<QStringList> entriesOf(const QString &directory)
+{
+    DIR *dir = ::opendir(encoded(directory).constData());
+    if (dir == nullptr)
+        return std::nullopt;
+    QStringList names;
+    while (const dirent *entry = ::readdir(dir)) {
+        const QByteArrayView name(entry->d_name);
+        if (name != "." && name != "..")
+            names.append(fileNameFromNative(name));
+    }
+    ::closedir(dir);
+    return names;
+}
+
+// Gives `to` the modification time `from` had, to the nanosecond.
+void keepModificationTime(const QString &to, const struct stat &from)
+{
+    const struct timespec times[2] = {{0, UTIME_OMIT}, from.st_mtim};
+    ::utimensat(AT_FDCWD, encoded(to).constData(), times, AT_SYMLINK_NOFOLLOW);
+}
+
+// Copies a regular file's bytes into a new file.
+bool copyFileBytes(const QString &from, const QString &to)
+{
+    const int in = ::open(encoded(from).constData(), O_RDONLY | O_CLOEXEC);
+    if (in < 0)
+        return false;
+    const int out = ::open(encoded(to).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    bool copied = out >= 0;
+    char buffer[65536];
+    while (copied) {
+        const ssize_t n = ::read(in, buffer, sizeof buffer);
+        if (n == 0)
+            break;
+        if (n < 0) {
+            copied = errno == EINTR;
+            continue;
+        }
+        copied = writeAll(out, QByteArrayView(buffer, n));
+    }
+    ::close(in);
+    if (out >= 0 && ::close(out) != 0)
+        copied = false;
+    return copied;
 }
 
 bool lstatPath(const QString &path, struct stat &info)
@@ -137,26 +213,20 @@ bool copyTree(const QString &from, const QString &to)
         buffer.truncate(n);
         return ::symlink(buffer.constData(), encoded(to).constData()) == 0;
     }
-    const QDateTime modified = QFileInfo(from).lastModified();
     if (S_ISDIR(info.st_mode)) {
-        if (::mkdir(encoded(to).constData(), 0700) != 0)
+        const std::optional<QStringList> names = entriesOf(from);
+        if (!names || ::mkdir(encoded(to).constData(), 0700) != 0)
             return false;
-        const QStringList names = QDir(from).entryList(
-            QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-        for (const QString &name : names) {
+        for (const QString &name : *names) {
             if (!copyTree(from + QLatin1Char('/') + name, to + QLatin1Char('/') + name))
                 return false;
         }
-        // The copy is whole even where its permissions or time cannot be set.
-        ::chmod(encoded(to).constData(), info.st_mode & 07777);
-        static_cast<void>(setFileTimes(to, modified, LastWriteTime));
-        return true;
+    } else if (!S_ISREG(info.st_mode) || !copyFileBytes(from, to)) {
+        return false;
     }
-    if (!S_ISREG(info.st_mode))
-        return false;
-    if (!QFile::copy(from, to))
-        return false;
-    static_cast<void>(setFileTimes(to, modified, LastWriteTime));
+    // The copy is whole even where its permissions or time cannot be set.
+    ::chmod(encoded(to).constData(), info.st_mode & 07777);
+    keepModificationTime(to, info);
     return true;
 }
 
@@ -165,9 +235,15 @@ bool removeTree(const QString &path)
     struct stat info {};
     if (!lstatPath(path, info))
         return true;
-    if (S_ISDIR(info.st_mode))
-        return QDir(path).removeRecursively();
-    return ::unlink(encoded(path).constData()) == 0;
+    if (!S_ISDIR(info.st_mode))
+        return ::unlink(encoded(path).constData()) == 0;
+    const std::optional<QStringList> names = entriesOf(path);
+    if (!names)
+        return false;
+    bool removed = true;
+    for (const QString &name : *names)
+        removed = removeTree(path + QLatin1Char('/') + name) && removed;
+    return ::rmdir(encoded(path).constData()) == 0 && removed;
 }
 
 // "IMG.jpg", "IMG.2.jpg", "IMG.3.jpg", ..., each short enough that its
@@ -202,32 +278,18 @@ QByteArray trashInfo(const QString &originalPath, const QString &topDirectory)
         + QByteArrayLiteral("\nDeletionDate=") + date.toLatin1() + QByteArrayLiteral("\n");
 }
 
-bool writeAll(int fd, const QByteArray &bytes)
-{
-    qsizetype done = 0;
-    while (done < bytes.size()) {
-        const ssize_t n = ::write(fd, bytes.constData() + done, size_t(bytes.size() - done));
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        done += n;
-    }
-    return true;
-}
-
 // The item's absolute location with its parent resolved, as it will be
 // restored; the item itself (perhaps a link) is not resolved.
 QString originalLocation(const QString &path)
 {
-    const QFileInfo info(path);
-    const QString parent = QFileInfo(info.absolutePath()).canonicalFilePath();
+    const QString absolute = QDir::isAbsolutePath(path) ? path : QDir::currentPath() + QLatin1Char('/') + path;
+    const QString name = fileNamePart(absolute);
+    const QString parent = canonicalPath(parentOf(absolute));
     if (parent.isEmpty())
         return {};
     if (parent == u"/")
-        return QLatin1Char('/') + info.fileName();
-    return parent + QLatin1Char('/') + info.fileName();
+        return QLatin1Char('/') + name;
+    return parent + QLatin1Char('/') + name;
 }
 
 } // namespace
@@ -280,13 +342,13 @@ Expected<TrashedItem, Error> moveToTrashAt(const QString &path, const TrashLocat
         return unexpected(refused(QStringLiteral("cannot create trash in ") + trash.path));
 
     // A directory may not go into a trash that lies inside it.
-    const QString trashCanonical = QFileInfo(trash.path).canonicalFilePath();
+    const QString trashCanonical = canonicalPath(trash.path);
     if (S_ISDIR(item.st_mode)
         && (trashCanonical == original || trashCanonical.startsWith(original + QLatin1Char('/')))) {
         return unexpected(refused(QStringLiteral("the trash lies inside ") + p));
     }
 
-    const QString name = QFileInfo(original).fileName();
+    const QString name = fileNamePart(original);
     const QByteArray info = trashInfo(original, trash.topDirectory);
     for (int attempt = 1; attempt < 10000; ++attempt) {
         const QString candidate = candidateName(name, attempt);
@@ -334,7 +396,7 @@ Expected<TrashedItem, Error> moveToTrashAt(const QString &path, const TrashLocat
                 ::unlink(encoded(infoPath).constData());
                 return unexpected(refused(QStringLiteral("cannot remove ") + p));
             }
-        } else if (!QDir(p).removeRecursively()) {
+        } else if (!removeTree(p)) {
             // Part of the tree is gone; its only copy is in the trash now.
             return unexpected(refused(QStringLiteral("partly removed: ") + p));
         }

@@ -78,20 +78,28 @@ protected:
 };
 
 // Photos whose names are not UTF-8 (an old Latin-1 card) are listed with
-// the replacement character, converted, and written under their own bytes.
+// the replacement character, converted, written and trashed under their own
+// bytes.
 TEST_F(CliRunTest, NamesThatAreNotUtf8AreConvertedUnderTheirOwnBytes)
 {
     const QByteArray jpeg = test::readAll(test::dataPath(u"run/photo.jpg"_s));
-    box.writeNativeFile("latin/\xe4rger.jpg", jpeg);
-    box.writeNativeFile("latin/\xf6rger.jpg", jpeg);
+    const QByteArray sources[] = {box.writeNativeFile("latin/\xe4rger.jpg", jpeg),
+                                  box.writeNativeFile("latin/\xf6rger.jpg", jpeg)};
     const CliResult latin = runCli({u"--style"_s, u"4"_s, u"--width"_s, u"160"_s, u"--height"_s, u"120"_s,
-                                    u"--out"_s, u"out"_s, u"--dir"_s, u"latin"_s});
+                                    u"--out"_s, u"out"_s, u"--delete-sources"_s, u"--dir"_s, u"latin"_s});
     EXPECT_EQ(latin.exitCode, 0) << latin.err.toStdString();
     EXPECT_EQ(latin.out.count(u"PIC\tBearbeite Bild : \uFFFDrger.jpg\n"_s), 2) << latin.out.toStdString();
     EXPECT_EQ(latin.out.count(u"POK\t"_s), 2) << latin.out.toStdString();
     for (const char *name : {"/out/\xe4rger.jpg", "/out/\xf6rger.jpg"}) {
         const QString output = files::fileNameFromNative(QByteArray(QFile::encodeName(box.path()) + name));
         EXPECT_EQ(imaging::measure(output).value_or({}), QSize(160, 120)) << name;
+    }
+    for (const QByteArray &source : sources) {
+        EXPECT_FALSE(files::fileFacts(files::fileNameFromNative(source)).has_value()) << source.toStdString();
+        const QByteArray trashed =
+            QFile::encodeName(box.path()) + "/data/Trash/files/" + source.mid(source.lastIndexOf('/') + 1);
+        EXPECT_EQ(files::fileFacts(files::fileNameFromNative(trashed)).value_or(files::FileFacts {}).size,
+                  jpeg.size());
     }
 }
 

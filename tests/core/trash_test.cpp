@@ -1,5 +1,7 @@
 #include "core/trash.h"
 
+#include "core/fileservices.h"
+
 #include "support/testsupport.h"
 
 #include <QByteArray>
@@ -11,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -20,6 +23,23 @@ using valtrona::test::readAll;
 using valtrona::test::Sandbox;
 
 namespace {
+
+struct stat statOf(const QString &path)
+{
+    struct stat info {};
+    EXPECT_EQ(::stat(files::nativeFileName(path).constData(), &info), 0) << path.toStdString();
+    return info;
+}
+
+// The file's bytes, whatever bytes its name is made of.
+QByteArray readNative(const QString &path)
+{
+    QFile file;
+    const int fd = ::open(files::nativeFileName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0 || !file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
+        return {};
+    return file.readAll();
+}
 
 struct TrashInfo
 {
@@ -34,10 +54,10 @@ TrashInfo parseTrashInfo(const QString &infoPath)
 {
     static const QRegularExpression layout(
         u"^\\[Trash Info\\]\nPath=([A-Za-z0-9._~/%-]+)\nDeletionDate=(\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d)\n$"_s);
-    const QRegularExpressionMatch match = layout.match(QString::fromLatin1(readAll(infoPath)));
+    const QRegularExpressionMatch match = layout.match(QString::fromLatin1(readNative(infoPath)));
     if (!match.hasMatch())
         return {};
-    return {QFile::decodeName(QByteArray::fromPercentEncoding(match.captured(1).toLatin1())),
+    return {files::fileNameFromNative(QByteArray::fromPercentEncoding(match.captured(1).toLatin1())),
             QDateTime::fromString(match.captured(2), u"yyyy-MM-dd'T'HH:mm:ss"_s)};
 }
 
@@ -71,6 +91,15 @@ TEST_F(Trash, FileIsRecoverableWithItsTrashInfo)
     EXPECT_LE(info.deleted, QDateTime::currentDateTime());
 
     EXPECT_EQ(readAll(trashed->trashedPath), "bilddaten");
+
+    // A name from an old card that is not UTF-8 goes under its own bytes.
+    const QString latin = files::fileNameFromNative(m_work.writeNativeFile("Fotos/\xe4rger.jpg", "alt"));
+    const auto trashedLatin = files::moveToTrash(latin);
+    ASSERT_TRUE(trashedLatin.has_value()) << trashedLatin.error().detail.toStdString();
+    EXPECT_FALSE(files::fileFacts(latin).has_value());
+    EXPECT_EQ(files::fileFacts(trashedLatin->trashedPath).value_or(files::FileFacts {}).size, 3);
+    EXPECT_EQ(parseTrashInfo(trashedLatin->infoPath).path, latin);
+    EXPECT_TRUE(readNative(trashedLatin->infoPath).contains("/Fotos/%E4rger.jpg\n"));
 
     // The trash is private to its user.
     EXPECT_EQ(QFileInfo(trashDir()).permissions() & (QFileDevice::ReadGroup | QFileDevice::ReadOther), 0);
@@ -156,18 +185,25 @@ TEST_F(Trash, AcrossFileSystemsTheCopyIsCompleteBeforeTheOriginalGoes)
         GTEST_SKIP() << "/dev/shm is no second file system";
     const QString file = other.writeFile(u"quelle.jpg"_s, "fern");
     other.writeFile(u"baum/ast/blatt.jpg"_s, "blatt");
+    other.writeNativeFile("baum/ast/\xfc.jpg", "alt");
+    const struct stat before = statOf(file);
 
     const files::TrashLocation home {files::homeTrashDirectory(), QString()};
     const auto trashedFile = files::moveToTrashAt(file, home);
     ASSERT_TRUE(trashedFile.has_value());
     EXPECT_FALSE(QFileInfo::exists(file));
     EXPECT_EQ(readAll(trashedFile->trashedPath), "fern");
+    const struct stat after = statOf(trashedFile->trashedPath);
+    EXPECT_EQ(after.st_mtim.tv_sec, before.st_mtim.tv_sec);
+    EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
     EXPECT_EQ(parseTrashInfo(trashedFile->infoPath).path, file);
 
     const auto trashedTree = files::moveToTrashAt(other.filePath(u"baum"_s), home);
     ASSERT_TRUE(trashedTree.has_value());
     EXPECT_FALSE(QFileInfo::exists(other.filePath(u"baum"_s)));
     EXPECT_EQ(readAll(trashedTree->trashedPath + u"/ast/blatt.jpg"_s), "blatt");
+    EXPECT_EQ(files::fileFacts(trashedTree->trashedPath + files::fileNameFromNative("/ast/\xfc.jpg"))
+                  .value_or(files::FileFacts {}).size, 3);
 
     // Chosen automatically, an item stays on its own file system.
     const QString topTrash = u"/dev/shm/.Trash-"_s + QString::number(::getuid());
