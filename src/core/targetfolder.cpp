@@ -1,5 +1,6 @@
 #include "core/targetfolder.h"
 
+#include "core/descriptorio.h"
 #include "core/fileservices.h"
 
 #include <QDir>
@@ -63,41 +64,6 @@ std::optional<QStringList> segmentsOf(const QString &relative)
     return segments;
 }
 
-Expected<void, Error> writeAllAt(int fd, QByteArrayView bytes, const QString &where)
-{
-    qsizetype done = 0;
-    while (done < bytes.size()) {
-        const ssize_t written = ::write(fd, bytes.data() + done, size_t(bytes.size() - done));
-        if (written < 0) {
-            if (errno == EINTR)
-                continue;
-            return unexpected(targetError(errno, where));
-        }
-        done += written;
-    }
-    return {};
-}
-
-// Copies the whole content of `from` into `to` (both open files).
-Expected<void, Error> copyContent(int from, int to, const QString &where)
-{
-    QByteArray buffer(1 << 20, Qt::Uninitialized);
-    off_t offset = 0;
-    for (;;) {
-        const ssize_t got = ::pread(from, buffer.data(), size_t(buffer.size()), offset);
-        if (got < 0) {
-            if (errno == EINTR)
-                continue;
-            return unexpected(targetError(errno, where));
-        }
-        if (got == 0)
-            return {};
-        if (auto written = writeAllAt(to, QByteArrayView(buffer.constData(), got), where); !written)
-            return written;
-        offset += got;
-    }
-}
-
 } // namespace
 
 std::optional<FileIdentity> fileIdentity(const QString &path)
@@ -159,7 +125,9 @@ Expected<void, Error> PendingFile::write(QByteArrayView bytes)
 {
     if (m_fd < 0)
         return unexpected(Error {ErrorCode::Internal, u"pending file is closed"_s});
-    return writeAllAt(m_fd, bytes, m_folderPath);
+    if (!detail::writeAll(m_fd, bytes))
+        return unexpected(targetError(errno, m_folderPath));
+    return {};
 }
 
 Expected<void, Error> PendingFile::replaceContent(QByteArrayView bytes)
@@ -452,13 +420,14 @@ Expected<void, Error> TargetFolder::commit(PendingFile &file, const QString &rel
                 continue;
             if (copy < 0)
                 return unexpected(targetError(errno, where));
-            auto copied = copyContent(file.m_fd, copy, where);
+            const bool copied = detail::copyContent(file.m_fd, copy);
+            const int copyError = errno;
             if (copied)
                 finish(copy);
             ::close(copy);
             if (!copied) {
                 ::unlinkat(folder, candidate.constData(), 0);
-                return copied;
+                return unexpected(targetError(copyError, where));
             }
             staged = candidate;
         }

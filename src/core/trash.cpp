@@ -1,5 +1,6 @@
 #include "core/trash.h"
 
+#include "core/descriptorio.h"
 #include "core/fileservices.h"
 
 #include <QDateTime>
@@ -19,21 +20,6 @@
 namespace valtrona::files {
 
 namespace {
-
-bool writeAll(int fd, QByteArrayView bytes)
-{
-    qsizetype done = 0;
-    while (done < bytes.size()) {
-        const ssize_t n = ::write(fd, bytes.constData() + done, size_t(bytes.size() - done));
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        done += n;
-    }
-    return true;
-}
 
 // Paths go to the system under their own bytes, so a photo from an old card
 // whose name is not UTF-8 reaches the trash like any other.
@@ -81,18 +67,7 @@ bool copyFileBytes(const QString &from, const QString &to)
     if (in < 0)
         return false;
     const int out = ::open(encoded(to).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    bool copied = out >= 0;
-    char buffer[65536];
-    while (copied) {
-        const ssize_t n = ::read(in, buffer, sizeof buffer);
-        if (n == 0)
-            break;
-        if (n < 0) {
-            copied = errno == EINTR;
-            continue;
-        }
-        copied = writeAll(out, QByteArrayView(buffer, n));
-    }
+    bool copied = out >= 0 && detail::copyContent(in, out);
     ::close(in);
     if (out >= 0 && ::close(out) != 0)
         copied = false;
@@ -362,7 +337,7 @@ Expected<TrashedItem, Error> moveToTrashAt(const QString &path, const TrashLocat
                 continue;
             return unexpected(refused(QStringLiteral("cannot write ") + infoPath));
         }
-        const bool written = writeAll(fd, info);
+        const bool written = detail::writeAll(fd, info);
         const bool closed = ::close(fd) == 0;
         if (!written || !closed) {
             ::unlink(encoded(infoPath).constData());
